@@ -1,0 +1,17 @@
+# Cross-compiles for 64-bit Windows. The posix thread model is needed for std::thread and its kin;
+# -static leaves only the system's own DLLs as dependencies.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+set(toolchain x86_64-w64-mingw32)
+set(CMAKE_C_COMPILER ${toolchain}-gcc-posix)
+set(CMAKE_CXX_COMPILER ${toolchain}-g++-posix)
+set(CMAKE_RC_COMPILER ${toolchain}-windres)
+set(CMAKE_FIND_ROOT_PATH /usr/${toolchain})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+foreach(kind LIBRARY INCLUDE PACKAGE)
+    set(CMAKE_FIND_ROOT_PATH_MODE_${kind} ONLY)
+endforeach()
+set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/wine-run.sh")
+foreach(kind EXE SHARED MODULE)
+    set(CMAKE_${kind}_LINKER_FLAGS_INIT "-static")
+endforeach()
