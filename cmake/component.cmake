@@ -19,7 +19,9 @@ if(QUVADA_SANITIZE)
     if(QUVADA_LIBFUZZER)
         list(APPEND sanitize -fsanitize=fuzzer-no-link)
     endif()
-    target_compile_options(qvd_flags INTERFACE ${sanitize} -O1)
+    # The instrumented code hides value ranges from the compiler, which then warns of conversions
+    # that it can prove harmless in the plain builds.
+    target_compile_options(qvd_flags INTERFACE ${sanitize} -O1 -Wno-conversion)
     target_link_options(qvd_flags INTERFACE ${sanitize})
 endif()
 
