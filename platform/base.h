@@ -12,9 +12,15 @@
 #undef GetObject
 #undef GetClassName
 
+// The exports of a module stand in its .def file.
+#define QVD_EXPORT
+
 #else
 
 #include "platform/posix/base_types.h"
+
+/// Marks a function that a module exports; everything else of it is hidden.
+#define QVD_EXPORT [[gnu::visibility("default")]]
 
 #endif
 

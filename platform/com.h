@@ -19,6 +19,15 @@ const IID& InterfaceId() noexcept {
 
 }  // namespace platform
 
+/// Binds an interface of ours to its id.
+#define QVD_INTERFACE_ID(T, ...)                            \
+    template <>                                             \
+    inline const IID& platform::InterfaceId<T>() noexcept { \
+        static constexpr IID kId{__VA_ARGS__};              \
+        return kId;                                         \
+    }                                                       \
+    static_assert(sizeof(IID) == 16, "an id is 128 bits")
+
 #else
 
 #include "platform/posix/com_types.h"
