@@ -2,15 +2,28 @@
 
 #include <atomic>
 #include <new>
+#include <type_traits>
 #include <utility>
 
 #include "platform/com_ptr.h"
 
 namespace platform {
 
+/// The interface that a base class of an object stands for: itself, or what it says it implements.
+template <class Base>
+struct InterfaceOf {
+    using Type = Base;
+};
+template <class Base>
+requires requires { typename Base::Implements; }
+struct InterfaceOf<Base> {
+    using Type = typename Base::Implements;
+};
+
 /// Base of an object that implements interfaces: an atomic reference count that starts at 1, and a
-/// QueryInterface that answers `Primary` (also for IUnknown), the other `Interfaces`, and each
-/// id that `AnswersAlso` names, such as the base of an implemented interface.
+/// QueryInterface that answers `Primary` (also for IUnknown and, where it is derived from that,
+/// IDispatch), the other `Interfaces`, and each id that `AnswersAlso` names, such as the base of an
+/// implemented interface. The interfaces may be given through classes that implement part of them.
 /// Derived classes have a virtual destructor through this one and are made by MakeObject.
 template <class Primary, class... Interfaces>
 class ComObject : public Primary, public Interfaces... {
@@ -21,8 +34,8 @@ public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) noexcept override {
         if (!object) return E_POINTER;
         *object = nullptr;
-        if (IsEqualIID(id, InterfaceId<IUnknown>())) {
-            *object = static_cast<Primary*>(this);
+        if (IsEqualIID(id, InterfaceId<IUnknown>()) || IsOwnDispatch(id)) {
+            *object = static_cast<typename InterfaceOf<Primary>::Type*>(this);
         } else if (!(Answer<Primary>(id, object) || ... || Answer<Interfaces>(id, object))) {
             *object = AnswersAlso(id);
         }
@@ -50,10 +63,19 @@ protected:
     virtual void* AnswersAlso(REFIID) noexcept { return nullptr; }
 
 private:
+    static bool IsOwnDispatch(REFIID id) noexcept {
+        if constexpr (std::is_base_of_v<IDispatch, Primary>) {
+            return IsEqualIID(id, InterfaceId<IDispatch>());
+        } else {
+            return false;
+        }
+    }
+
     template <class T>
     bool Answer(REFIID id, void** object) noexcept {
-        if (!IsEqualIID(id, InterfaceId<T>())) return false;
-        *object = static_cast<T*>(this);
+        using Interface = typename InterfaceOf<T>::Type;
+        if (!IsEqualIID(id, InterfaceId<Interface>())) return false;
+        *object = static_cast<Interface*>(this);
         return true;
     }
 
