@@ -1,0 +1,65 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <sys/types.h>
+#include <vector>
+
+#include "chromium/result.h"
+
+namespace chromium {
+
+/// A private folder in the temporary folder (TMPDIR, else /tmp), removed with this object. It
+/// holds a lock while it lives, so that folders of processes that were killed can be told from
+/// those in use; `Create` clears the former.
+class PrivateFolder {
+public:
+    PrivateFolder() noexcept = default;
+    ~PrivateFolder();
+    PrivateFolder(PrivateFolder&& other) noexcept;
+    PrivateFolder& operator=(PrivateFolder&&) = delete;
+
+    static Result<PrivateFolder> Create();
+
+    /// Removes the folder; tries again for some seconds while ending processes still write to it.
+    void Remove();
+
+    [[nodiscard]] const std::string& Path() const noexcept { return path_; }
+
+private:
+    std::string path_;
+    int lock_ = -1;
+};
+
+/// The browser's program: `wanted`, else the environment's QUVADA_CHROMIUM, else where Debian puts
+/// it. An error says what was looked for and how to get a browser.
+Result<std::string> FindBrowser(const std::string& wanted);
+
+/// The running browser with its folder. Ends it, with force, at the end of this object.
+class BrowserProcess {
+public:
+    /// Starts `program` in a process group of its own and gives our ends of its two channels.
+    static Result<BrowserProcess> Start(const std::string& program,
+                                        const std::vector<std::string>& flags, int& readEnd,
+                                        int& writeEnd);
+    ~BrowserProcess();
+    BrowserProcess(BrowserProcess&& other) noexcept;
+    BrowserProcess& operator=(BrowserProcess&&) = delete;
+
+    /// Waits up to `graceMs` for it to end by itself, kills what is left of its group, removes the
+    /// folder. May be repeated.
+    void End(int graceMs);
+
+    /// The last lines that the browser wrote to its log; for error texts.
+    [[nodiscard]] std::string LogTail() const;
+
+    [[nodiscard]] const std::string& Folder() const noexcept { return folder_.Path(); }
+
+private:
+    explicit BrowserProcess(PrivateFolder folder) noexcept : folder_(std::move(folder)) {}
+
+    PrivateFolder folder_;
+    pid_t pid_ = -1;
+};
+
+}  // namespace chromium

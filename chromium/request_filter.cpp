@@ -1,0 +1,53 @@
+#include "chromium/request_filter.h"
+
+#include <utility>
+
+namespace chromium {
+
+Result<std::unique_ptr<RequestFilter>> RequestFilter::Install(Browser& browser, Decide decide) {
+    std::unique_ptr<RequestFilter> filter(new RequestFilter(browser, std::move(decide)));
+    // On the browser itself: a page's own session misses what frames of other sites load.
+    const Result<Json> enabled =
+        browser.Call({}, "Fetch.enable", Params().Raw("patterns", R"([{"urlPattern":"*"}])"));
+    if (!enabled) return enabled.GetError();
+    return filter;
+}
+
+RequestFilter::RequestFilter(Browser& browser, Decide decide)
+    : browser_(browser), decide_(std::move(decide)) {
+    browser_.AddListener(*this);
+}
+
+RequestFilter::~RequestFilter() {
+    browser_.RemoveListener(*this);
+    browser_.Post({}, "Fetch.disable");
+}
+
+void RequestFilter::OnEvent(const Event& event) {
+    if (event.method != "Fetch.requestPaused") return;
+    const Json& params = event.params;
+    const Answer answer = decide_(Request{params["request"]["url"].Text(),
+                                          params["resourceType"].Text(), params["frameId"].Text()});
+    Params reply;
+    reply.Text("requestId", params["requestId"].Text());
+    switch (answer.kind) {
+        case Answer::Kind::Continue:
+            return browser_.Post(event.session, "Fetch.continueRequest", reply);
+        case Answer::Kind::Refuse:
+            reply.Text("errorReason", "BlockedByClient");
+            return browser_.Post(event.session, "Fetch.failRequest", reply);
+        case Answer::Kind::Serve:
+            break;
+    }
+    std::string headers = "[";
+    for (const auto& [name, value] : answer.headers) {
+        if (headers.size() > 1) headers += ',';
+        headers += Params().Text("name", name).Text("value", value).Write();
+    }
+    reply.Number("responseCode", answer.status)
+        .Raw("responseHeaders", headers + "]")
+        .Text("body", EncodeBase64(answer.body));
+    browser_.Post(event.session, "Fetch.fulfillRequest", reply);
+}
+
+}  // namespace chromium
