@@ -1,0 +1,266 @@
+#include "platform/posix/registry_database.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/posix/last_error.h"
+#include "platform/posix/profile_folder.h"
+#include "platform/posix/registry_schema.h"
+
+namespace platform {
+namespace {
+
+// Far above what any change takes; a process that was stopped in the middle of one blocks longer.
+constexpr int kBusyTimeoutMs = 5000;
+
+bool IsRefusal(int error) { return error == EACCES || error == EPERM || error == EROFS; }
+
+bool IsWritable(const std::string& folder) {
+    return faccessat(AT_FDCWD, folder.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
+FileIdentity IdentityOf(const std::string& path) {
+    struct stat info;
+    if (stat(path.c_str(), &info) != 0) return {};
+    return {info.st_dev, info.st_ino};
+}
+
+// SQLite has a code of its own only for ENOSPC.
+bool IsSpaceError(int error) { return error == ENOSPC || error == EDQUOT || error == EFBIG; }
+
+}  // namespace
+
+LSTATUS RegistryDatabase::Open(const std::string& folder) {
+    Close();
+    path_ = folder + "/registry.db";
+    if (const int error = MakeFolders(folder)) {
+        if (IsRefusal(error)) return OpenEmpty();
+        return Fail(StoreProblem::CannotOpen, static_cast<LSTATUS>(ErrorFromErrno(error)));
+    }
+    const LSTATUS status = Connect(path_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    if (status != ERROR_SUCCESS) {
+        const bool isMissing = access(path_.c_str(), F_OK) != 0 && errno == ENOENT;
+        if (isMissing && !IsWritable(folder)) return OpenEmpty();
+        return Fail(StoreProblem::CannotOpen, status);
+    }
+    identity_ = IdentityOf(path_);
+    // A writable file in a folder that is not has no room for the journal.
+    readOnly_ = sqlite3_db_readonly(connection_, "main") == 1 || !IsWritable(folder);
+    if (readOnly_) problem_ = StoreProblem::ReadOnly;
+    return OpenFile();
+}
+
+LSTATUS RegistryDatabase::OpenFile() {
+    bool isNew = false;
+    const LSTATUS status = CheckSchema(isNew);
+    if (status == ERROR_SUCCESS) {
+        if (!isNew) return ERROR_SUCCESS;
+        if (readOnly_) return OpenEmpty();
+        const LSTATUS created = CreateSchema();
+        return created == ERROR_SUCCESS ? created : Fail(StoreProblem::CannotOpen, created);
+    }
+    if (problem_ == StoreProblem::NewerFormat || problem_ == StoreProblem::NotARegistry ||
+        status == ERROR_BADDB) {
+        return Fail(problem_ == StoreProblem::NewerFormat ? problem_ : StoreProblem::NotARegistry,
+                    ERROR_BADDB);
+    }
+    if (status == ERROR_REGISTRY_CORRUPT) return Fail(StoreProblem::Damaged, status);
+    // Before the first read a journal that another process left is played back.
+    return Fail(readOnly_ ? StoreProblem::Unfinished : StoreProblem::CannotOpen, status);
+}
+
+void RegistryDatabase::Close() {
+    for (sqlite3_stmt*& statement : statements_) {
+        sqlite3_finalize(statement);
+        statement = nullptr;
+    }
+    sqlite3_close(connection_);
+    connection_ = nullptr;
+    readOnly_ = false;
+    problem_ = StoreProblem::None;
+    identity_ = {};
+}
+
+bool RegistryDatabase::IsReplaced() const { return IdentityOf(path_) != identity_; }
+
+sqlite3_stmt* RegistryDatabase::Prepare(Query query) {
+    sqlite3_stmt*& statement = statements_[static_cast<std::size_t>(query)];
+    if (!statement) {
+        sqlite3_prepare_v3(connection_, QueryText(query), -1, SQLITE_PREPARE_PERSISTENT, &statement,
+                           nullptr);
+    }
+    return statement;
+}
+
+LSTATUS RegistryDatabase::Error() const {
+    if (!connection_) return ERROR_NOT_ENOUGH_MEMORY;
+    const int error = sqlite3_extended_errcode(connection_);
+    const int system = sqlite3_system_errno(connection_);
+    switch (error & 0xFF) {
+        case SQLITE_OK:
+        case SQLITE_ROW:
+        case SQLITE_DONE:
+            return ERROR_SUCCESS;
+        case SQLITE_NOTADB:
+            return ERROR_BADDB;
+        case SQLITE_FULL:
+            return ERROR_DISK_FULL;
+        case SQLITE_IOERR:
+            if (IsSpaceError(system)) return ERROR_DISK_FULL;
+            return error == SQLITE_IOERR_NOMEM ? ERROR_NOT_ENOUGH_MEMORY : ERROR_REGISTRY_IO_FAILED;
+        case SQLITE_READONLY:
+        case SQLITE_PERM:
+        case SQLITE_AUTH:
+            return ERROR_ACCESS_DENIED;
+        case SQLITE_CANTOPEN:
+            if (IsSpaceError(system)) return ERROR_DISK_FULL;
+            if (IsRefusal(system) || system == EISDIR) return ERROR_ACCESS_DENIED;
+            return ERROR_REGISTRY_IO_FAILED;
+        case SQLITE_BUSY:
+        case SQLITE_LOCKED:
+            return ERROR_BUSY;
+        case SQLITE_NOMEM:
+        case SQLITE_TOOBIG:
+            return ERROR_NOT_ENOUGH_MEMORY;
+        default:
+            // SQLITE_CORRUPT, and what only another writer's tables can cause.
+            return ERROR_REGISTRY_CORRUPT;
+    }
+}
+
+LSTATUS RegistryDatabase::Connect(const std::string& path, int flags) {
+    // The store's lock serves all threads, so SQLite needs none.
+    sqlite3_open_v2(path.c_str(), &connection_, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+    if (const LSTATUS status = Error(); status != ERROR_SUCCESS) return status;
+    sqlite3_extended_result_codes(connection_, 1);
+    sqlite3_busy_timeout(connection_, kBusyTimeoutMs);
+    sqlite3_db_config(connection_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    // The file may be anyone's: nothing in it runs, and broken pages are noticed early.
+    if (!Execute("PRAGMA trusted_schema = OFF; PRAGMA cell_size_check = ON;"
+                 "PRAGMA synchronous = FULL; PRAGMA temp_store = MEMORY;")) {
+        return Error();
+    }
+    return ERROR_SUCCESS;
+}
+
+LSTATUS RegistryDatabase::OpenEmpty() {
+    Close();
+    const LSTATUS status = Connect(":memory:", SQLITE_OPEN_READWRITE);
+    if (status != ERROR_SUCCESS) return Fail(StoreProblem::CannotOpen, status);
+    if (!Execute(kCreateSchema)) return Fail(StoreProblem::CannotOpen, Error());
+    readOnly_ = true;
+    problem_ = StoreProblem::ReadOnly;
+    return ERROR_SUCCESS;
+}
+
+LSTATUS RegistryDatabase::CheckSchema(bool& isNew) {
+    std::int64_t application = 0;
+    std::int64_t version = 0;
+    std::int64_t tables = 0;
+    if (!ReadNumber("PRAGMA application_id", application) ||
+        !ReadNumber("PRAGMA user_version", version) ||
+        !ReadNumber("SELECT count(*) FROM sqlite_schema", tables)) {
+        return Error();
+    }
+    isNew = application == 0 && version == 0 && tables == 0;
+    if (isNew || (application == kApplicationId && version == kSchemaVersion)) return ERROR_SUCCESS;
+    problem_ = application == kApplicationId && version > kSchemaVersion
+                   ? StoreProblem::NewerFormat
+                   : StoreProblem::NotARegistry;
+    return ERROR_BADDB;
+}
+
+LSTATUS RegistryDatabase::CreateSchema() {
+    if (!Execute("PRAGMA encoding = 'UTF-16le'")) return Error();
+    Transaction transaction(*this, Transaction::Kind::Writing);
+    if (transaction.Status() != ERROR_SUCCESS) return transaction.Status();
+    // Another process may have been first.
+    bool isNew = false;
+    const LSTATUS status = CheckSchema(isNew);
+    if (status != ERROR_SUCCESS) return status;
+    if (!isNew) return ERROR_SUCCESS;
+    if (!Execute(kCreateSchema)) return Error();
+    return transaction.Commit();
+}
+
+LSTATUS RegistryDatabase::Fail(StoreProblem problem, LSTATUS error) {
+    Close();
+    problem_ = problem;
+    return error;
+}
+
+bool RegistryDatabase::Execute(const char* sql) {
+    return sqlite3_exec(connection_, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
+}
+
+bool RegistryDatabase::ReadNumber(const char* sql, std::int64_t& number) {
+    sqlite3_stmt* statement = nullptr;
+    if (sqlite3_prepare_v2(connection_, sql, -1, &statement, nullptr) != SQLITE_OK) return false;
+    const bool found = sqlite3_step(statement) == SQLITE_ROW;
+    if (found) number = sqlite3_column_int64(statement, 0);
+    sqlite3_finalize(statement);
+    return found;
+}
+
+Statement& Statement::Bind(int index, std::int64_t number) {
+    bound_ = bound_ && sqlite3_bind_int64(statement_, index, number) == SQLITE_OK;
+    return *this;
+}
+
+Statement& Statement::Bind(int index, WideView text) {
+    const void* const bytes = text.empty() ? static_cast<const void*>("") : text.data();
+    bound_ = bound_ && sqlite3_bind_blob64(statement_, index, bytes, text.size() * sizeof(WCHAR),
+                                           SQLITE_STATIC) == SQLITE_OK;
+    return *this;
+}
+
+Statement& Statement::Bind(int index, const BYTE* data, DWORD size) {
+    // A null pointer would bind NULL and not an empty blob.
+    const void* const bytes = size ? static_cast<const void*>(data) : "";
+    bound_ =
+        bound_ && sqlite3_bind_blob64(statement_, index, bytes, size, SQLITE_STATIC) == SQLITE_OK;
+    return *this;
+}
+
+LSTATUS Statement::Step(bool& found) {
+    found = false;
+    if (!statement_ || !bound_) return database_.Error();
+    const int result = sqlite3_step(statement_);
+    found = result == SQLITE_ROW;
+    return found || result == SQLITE_DONE ? ERROR_SUCCESS : database_.Error();
+}
+
+LSTATUS Statement::Run() {
+    bool found = false;
+    return Step(found);
+}
+
+bool Statement::IsNull(int column) const {
+    return sqlite3_column_type(statement_, column) == SQLITE_NULL;
+}
+
+std::int64_t Statement::Number(int column) const {
+    return sqlite3_column_int64(statement_, column);
+}
+
+const void* Statement::Bytes(int column, DWORD& size) const {
+    const void* const bytes = sqlite3_column_blob(statement_, column);
+    size = static_cast<DWORD>(sqlite3_column_bytes(statement_, column));
+    return bytes;
+}
+
+Transaction::Transaction(RegistryDatabase& database, Kind kind) : database_(database) {
+    status_ = Statement(database, kind == Kind::Writing ? Query::BeginWriting : Query::Begin).Run();
+}
+
+Transaction::~Transaction() {
+    // Some errors (a full disk) have rolled back already.
+    if (sqlite3_get_autocommit(database_.Connection())) return;
+    (void)Statement(database_, Query::Rollback).Run();
+}
+
+LSTATUS Transaction::Commit() { return Statement(database_, Query::Commit).Run(); }
+
+}  // namespace platform

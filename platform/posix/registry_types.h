@@ -1,0 +1,73 @@
+#pragma once
+
+/// The registry calls for systems that lack them. Names hold 255 UTF-16 units a key and 16383 a
+/// value and are compared without regard to case; results are Win32 error codes.
+
+#include "platform/base.h"
+
+using REGSAM = DWORD;
+using PHKEY = HKEY*;
+
+#define HKEY_CURRENT_USER \
+    (reinterpret_cast<HKEY>(static_cast<LONG_PTR>(static_cast<LONG>(0x80000001))))
+#define HKEY_LOCAL_MACHINE \
+    (reinterpret_cast<HKEY>(static_cast<LONG_PTR>(static_cast<LONG>(0x80000002))))
+
+inline constexpr DWORD REG_NONE = 0;
+inline constexpr DWORD REG_SZ = 1;
+inline constexpr DWORD REG_EXPAND_SZ = 2;
+inline constexpr DWORD REG_BINARY = 3;
+inline constexpr DWORD REG_DWORD = 4;
+inline constexpr DWORD REG_MULTI_SZ = 7;
+inline constexpr DWORD REG_QWORD = 11;
+
+inline constexpr DWORD REG_OPTION_NON_VOLATILE = 0;
+inline constexpr DWORD REG_CREATED_NEW_KEY = 1;
+inline constexpr DWORD REG_OPENED_EXISTING_KEY = 2;
+
+inline constexpr REGSAM KEY_QUERY_VALUE = 0x0001;
+inline constexpr REGSAM KEY_SET_VALUE = 0x0002;
+inline constexpr REGSAM KEY_CREATE_SUB_KEY = 0x0004;
+inline constexpr REGSAM KEY_ENUMERATE_SUB_KEYS = 0x0008;
+inline constexpr REGSAM KEY_READ = 0x20019;
+inline constexpr REGSAM KEY_WRITE = 0x20006;
+inline constexpr REGSAM KEY_ALL_ACCESS = 0xF003F;
+
+/// Opens an existing key; `path` is relative to `key`, null or empty means `key` itself.
+/// On failure `*result` is null.
+/// \return ERROR_FILE_NOT_FOUND if there is no such key, ERROR_ACCESS_DENIED for write access to a
+///     read-only profile, ERROR_BAD_PATHNAME for a path that begins with '\\'.
+LSTATUS RegOpenKeyExW(HKEY key, LPCWSTR path, DWORD options, REGSAM access, PHKEY result) noexcept;
+
+/// Opens a key, with all missing parts of its path created. `options` is
+/// REG_OPTION_NON_VOLATILE; class and security are not kept. `disposition` may be null.
+LSTATUS RegCreateKeyExW(HKEY key, LPCWSTR path, DWORD reserved, LPWSTR keyClass, DWORD options,
+                        REGSAM access, const SECURITY_ATTRIBUTES* security, PHKEY result,
+                        LPDWORD disposition) noexcept;
+
+/// Reads a value. `*size` is bytes: the room at `data`, then what the value has; with
+/// ERROR_MORE_DATA nothing is copied. A text that was stored without a terminator gets one if there
+/// is room, and
+/// `*size` does not count it.
+LSTATUS RegQueryValueExW(HKEY key, LPCWSTR name, LPDWORD reserved, LPDWORD type, LPBYTE data,
+                         LPDWORD size) noexcept;
+
+/// Writes `size` bytes under any type; the name keeps the case of its first writing.
+LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const BYTE* data,
+                       DWORD size) noexcept;
+
+LSTATUS RegDeleteValueW(HKEY key, LPCWSTR name) noexcept;
+
+/// Deletes the key at `path` with all that is below; with null or empty, only what is below.
+LSTATUS RegDeleteTreeW(HKEY key, LPCWSTR path) noexcept;
+
+/// Counts and the time of the last change: each creation or deletion of a direct subkey and each
+/// writing or deletion of a value moves it forward, strictly. Of the out-parameters only
+/// `subkeys`, `values` and `lastWritten` are served; the others must be null
+/// (ERROR_NOT_SUPPORTED).
+LSTATUS RegQueryInfoKeyW(HKEY key, LPWSTR keyClass, LPDWORD classLength, LPDWORD reserved,
+                         LPDWORD subkeys, LPDWORD longestSubkey, LPDWORD longestClass,
+                         LPDWORD values, LPDWORD longestName, LPDWORD longestData,
+                         LPDWORD securityLength, FILETIME* lastWritten) noexcept;
+
+LSTATUS RegCloseKey(HKEY key) noexcept;

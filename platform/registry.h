@@ -1,0 +1,29 @@
+#pragma once
+
+/// The registry. Natively it is a store on disk, `registry.db` in the profile folder, that all
+/// processes of the user share; every call is atomic. It differs from Windows in this:
+/// - The roots are HKEY_CURRENT_USER and HKEY_LOCAL_MACHINE, both in the one file.
+/// - RegSetValueExW keeps exactly the bytes given; Windows may add a terminator that it finds
+///   behind a text.
+/// - A file that is no registry gives ERROR_BADDB, a damaged one ERROR_REGISTRY_CORRUPT; it is
+///   never replaced. ERROR_DISK_FULL leaves the old content. CheckProfile (platform/profile.h)
+///   says in words what is wrong.
+
+#include "platform/base.h"
+#ifndef _WIN32
+#include "platform/posix/registry_types.h"
+#endif
+#include "platform/unique_handle.h"
+
+namespace platform {
+
+struct RegistryKeyTraits {
+    using Value = HKEY;
+    static Value Invalid() noexcept { return nullptr; }
+    static void Close(Value value) noexcept { RegCloseKey(value); }
+};
+
+/// An open registry key.
+using RegistryKey = UniqueHandle<RegistryKeyTraits>;
+
+}  // namespace platform

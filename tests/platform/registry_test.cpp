@@ -1,0 +1,367 @@
+#include "platform/registry.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <thread>
+#include <vector>
+
+#include "platform/text.h"
+
+namespace platform {
+namespace {
+
+constexpr const WCHAR* kRoot = TEXT("Software\\Quvada conformance");
+
+using Bytes = std::vector<BYTE>;
+
+ULONGLONG TimeOf(HKEY key) {
+    FILETIME time{};
+    EXPECT_EQ(RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                               nullptr, nullptr, nullptr, &time),
+              ERROR_SUCCESS);
+    return ULONGLONG{time.dwHighDateTime} << 32 | time.dwLowDateTime;
+}
+
+class RegistryTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        RegDeleteTreeW(HKEY_CURRENT_USER, kRoot);
+        root_ = Create(HKEY_CURRENT_USER, kRoot);
+        ASSERT_TRUE(root_);
+    }
+    void TearDown() override { RegDeleteTreeW(HKEY_CURRENT_USER, kRoot); }
+
+    static RegistryKey Create(HKEY parent, const WCHAR* path, REGSAM access = KEY_ALL_ACCESS) {
+        RegistryKey key;
+        EXPECT_EQ(RegCreateKeyExW(parent, path, 0, nullptr, REG_OPTION_NON_VOLATILE, access,
+                                  nullptr, key.Put(), nullptr),
+                  ERROR_SUCCESS);
+        return key;
+    }
+    LSTATUS Open(const WCHAR* path, REGSAM access = KEY_READ) {
+        RegistryKey key;
+        return RegOpenKeyExW(root_.Get(), path, 0, access, key.Put());
+    }
+    LSTATUS Write(const WCHAR* name, DWORD type, const Bytes& data) {
+        // Windows looks behind a text for a terminator; here it must find none.
+        Bytes guarded(data);
+        guarded.insert(guarded.end(), sizeof(WCHAR), 0xCC);
+        return RegSetValueExW(root_.Get(), name, 0, type, guarded.data(),
+                              static_cast<DWORD>(data.size()));
+    }
+    bool Has(const WCHAR* name) {
+        return RegQueryValueExW(root_.Get(), name, nullptr, nullptr, nullptr, nullptr) ==
+               ERROR_SUCCESS;
+    }
+
+    RegistryKey root_;
+};
+
+TEST_F(RegistryTest, CreatesWholePathsAndSaysWhatItDid) {
+    RegistryKey key;
+    DWORD disposition = 0;
+    const auto create = [&](const WCHAR* path) {
+        disposition = 0;
+        return RegCreateKeyExW(root_.Get(), path, 0, nullptr, 0, KEY_READ, nullptr, key.Put(),
+                               &disposition);
+    };
+    EXPECT_EQ(create(TEXT("a\\b\\c")), ERROR_SUCCESS);
+    EXPECT_EQ(disposition, REG_CREATED_NEW_KEY);
+    EXPECT_EQ(create(TEXT("A\\B")), ERROR_SUCCESS);
+    EXPECT_EQ(disposition, REG_OPENED_EXISTING_KEY);
+    EXPECT_EQ(create(TEXT("")), ERROR_SUCCESS);
+    EXPECT_EQ(create(TEXT("a\\b\\d")), ERROR_SUCCESS);
+    EXPECT_EQ(disposition, REG_CREATED_NEW_KEY);
+    DWORD subkeys = 0;
+    DWORD values = 7;
+    const RegistryKey b = Create(root_.Get(), TEXT("a\\b"));
+    EXPECT_EQ(RegQueryInfoKeyW(b.Get(), nullptr, nullptr, nullptr, &subkeys, nullptr, nullptr,
+                               &values, nullptr, nullptr, nullptr, nullptr),
+              ERROR_SUCCESS);
+    EXPECT_EQ(subkeys, 2u);
+    EXPECT_EQ(values, 0u);
+}
+
+TEST_F(RegistryTest, ResolvesPaths) {
+    Create(root_.Get(), TEXT("one\\Zwölf"));
+    const WideString name(255, u'n');
+    Create(root_.Get(), name.c_str());
+    const WideString tooLong(300, u'n');
+    const struct {
+        const WCHAR* path;
+        LSTATUS result;
+    } kCases[] = {
+        {nullptr, ERROR_SUCCESS},
+        {TEXT(""), ERROR_SUCCESS},
+        {TEXT("one"), ERROR_SUCCESS},
+        {TEXT("ONE\\zWÖLF"), ERROR_SUCCESS},
+        {TEXT("one\\"), ERROR_SUCCESS},
+        {TEXT("one\\\\Zwölf"), ERROR_SUCCESS},
+        {TEXT("\\one"), ERROR_BAD_PATHNAME},
+        {TEXT("two"), ERROR_FILE_NOT_FOUND},
+        {TEXT("one\\two\\three"), ERROR_FILE_NOT_FOUND},
+        {TEXT("one/Zwölf"), ERROR_FILE_NOT_FOUND},
+        {name.c_str(), ERROR_SUCCESS},
+    };
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(c.path ? ToUtf8(c.path) : "null");
+        HKEY key = root_.Get();
+        EXPECT_EQ(RegOpenKeyExW(root_.Get(), c.path, 0, KEY_READ, &key), c.result);
+        if (c.result != ERROR_SUCCESS) {
+            EXPECT_EQ(key, nullptr);
+        } else {
+            EXPECT_EQ(RegCloseKey(key), ERROR_SUCCESS);
+        }
+    }
+    RegistryKey key;
+    EXPECT_EQ(RegCreateKeyExW(root_.Get(), tooLong.c_str(), 0, nullptr, 0, KEY_READ, nullptr,
+                              key.Put(), nullptr),
+              ERROR_INVALID_PARAMETER);
+}
+
+TEST_F(RegistryTest, ChecksHandles) {
+    HKEY key = nullptr;
+    EXPECT_EQ(RegOpenKeyExW(nullptr, TEXT("x"), 0, KEY_READ, &key), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(RegOpenKeyExW(root_.Get(), nullptr, 0, KEY_READ, nullptr), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(RegCloseKey(nullptr), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(RegCloseKey(HKEY_CURRENT_USER), ERROR_SUCCESS);
+    ASSERT_EQ(RegOpenKeyExW(root_.Get(), nullptr, 0, KEY_READ, &key), ERROR_SUCCESS);
+    EXPECT_EQ(RegCloseKey(key), ERROR_SUCCESS);
+    EXPECT_EQ(RegCloseKey(key), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(RegQueryValueExW(key, TEXT("x"), nullptr, nullptr, nullptr, nullptr),
+              ERROR_INVALID_HANDLE);
+    EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, nullptr, 0, KEY_READ, &key), ERROR_SUCCESS);
+    RegCloseKey(key);
+}
+
+TEST_F(RegistryTest, KeepsEveryByteUnderEveryType) {
+    const struct {
+        const char* why;
+        DWORD type;
+        Bytes data;
+    } kCases[] = {
+        {"number", REG_DWORD, {1, 2, 3, 4}},
+        {"number of three bytes", REG_DWORD, {1, 2, 3}},
+        {"terminated text", REG_SZ, {'a', 0, 0, 0}},
+        {"text of odd length", REG_SZ, {'a', 0, 'b'}},
+        {"text with zeros inside", REG_EXPAND_SZ, {'a', 0, 0, 0, 'b', 0, 0, 0}},
+        {"lone surrogate", REG_SZ, {0x00, 0xD8, 0, 0}},
+        {"list", REG_MULTI_SZ, {'a', 0, 0, 0, 0, 0}},
+        {"empty", REG_BINARY, {}},
+        {"empty text", REG_SZ, {}},
+        {"unknown type", 0xFEDCBA98, {9}},
+        {"large", REG_BINARY, Bytes(300'000, 0xA5)},
+    };
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(c.why);
+        ASSERT_EQ(Write(TEXT("value"), c.type, c.data), ERROR_SUCCESS);
+        DWORD type = 77;
+        DWORD size = 77;
+        EXPECT_EQ(RegQueryValueExW(root_.Get(), TEXT("VALUE"), nullptr, &type, nullptr, &size),
+                  ERROR_SUCCESS);
+        EXPECT_EQ(type, c.type);
+        ASSERT_EQ(size, c.data.size());
+        Bytes read(size + 1, 0xCC);
+        EXPECT_EQ(RegQueryValueExW(root_.Get(), TEXT("value"), nullptr, &type, read.data(), &size),
+                  ERROR_SUCCESS);
+        EXPECT_EQ(size, c.data.size());
+        EXPECT_EQ(read.back(), 0xCC);
+        read.pop_back();
+        EXPECT_EQ(read, c.data);
+    }
+}
+
+TEST_F(RegistryTest, ReportsSizesAndKeepsOutParametersOnFailure) {
+    ASSERT_EQ(Write(TEXT("v"), REG_BINARY, {1, 2, 3, 4}), ERROR_SUCCESS);
+    Bytes data(8, 0xCC);
+    DWORD type = 77;
+    DWORD size = 3;
+    const HKEY key = root_.Get();
+    EXPECT_EQ(RegQueryValueExW(key, TEXT("v"), nullptr, &type, data.data(), &size),
+              ERROR_MORE_DATA);
+    EXPECT_EQ(size, 4u);
+    EXPECT_EQ(type, REG_BINARY);
+    EXPECT_EQ(data, Bytes(8, 0xCC));
+    size = 8;
+    type = 77;
+    EXPECT_EQ(RegQueryValueExW(key, TEXT("none"), nullptr, &type, data.data(), &size),
+              ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(size, 8u);
+    EXPECT_EQ(type, 77u);
+    EXPECT_EQ(RegQueryValueExW(key, TEXT("v"), nullptr, nullptr, data.data(), nullptr),
+              ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(RegQueryValueExW(key, TEXT("v"), &size, nullptr, nullptr, nullptr),
+              ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(RegQueryValueExW(key, TEXT("v"), nullptr, nullptr, nullptr, nullptr), ERROR_SUCCESS);
+    EXPECT_EQ(RegSetValueExW(key, TEXT("v"), 0, REG_BINARY, nullptr, 4), ERROR_NOACCESS);
+    EXPECT_EQ(RegSetValueExW(key, TEXT("v"), 0, REG_BINARY, nullptr, 0), ERROR_SUCCESS);
+}
+
+TEST_F(RegistryTest, TerminatesTextsOnlyWhereThereIsRoom) {
+    const struct {
+        const char* why;
+        DWORD type;
+        Bytes stored;
+        DWORD room;
+        Bytes read;
+    } kCases[] = {
+        {"room", REG_SZ, {'a', 0, 'b', 0}, 6, {'a', 0, 'b', 0, 0, 0, 0xCC, 0xCC}},
+        {"one byte short", REG_SZ, {'a', 0, 'b', 0}, 5, {'a', 0, 'b', 0, 0xCC, 0xCC, 0xCC, 0xCC}},
+        {"terminated", REG_SZ, {'a', 0, 0, 0}, 8, {'a', 0, 0, 0, 0xCC, 0xCC, 0xCC, 0xCC}},
+        {"bytes", REG_BINARY, {'a', 0, 'b', 0}, 8, {'a', 0, 'b', 0, 0xCC, 0xCC, 0xCC, 0xCC}},
+    };
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(c.why);
+        ASSERT_EQ(Write(TEXT("t"), c.type, c.stored), ERROR_SUCCESS);
+        Bytes read(8, 0xCC);
+        DWORD size = c.room;
+        EXPECT_EQ(RegQueryValueExW(root_.Get(), TEXT("t"), nullptr, nullptr, read.data(), &size),
+                  ERROR_SUCCESS);
+        EXPECT_EQ(size, c.stored.size());
+        EXPECT_EQ(read, c.read);
+    }
+}
+
+TEST_F(RegistryTest, ComparesNamesWithoutCase) {
+    const struct {
+        const WCHAR* written;
+        const WCHAR* asked;
+        bool same;
+    } kCases[] = {
+        {TEXT("Name"), TEXT("nAME"), true},
+        {TEXT("äöüéçñ"), TEXT("ÄÖÜÉÇÑ"), true},
+        {TEXT("\u03b1\u03ac\u03c9"), TEXT("\u0391\u0386\u03a9"), true},
+        {TEXT("\u0436\u045f\u0450"), TEXT("\u0416\u040f\u0400"), true},
+        {TEXT("\u0101\u017e\u1ea1\u1f00"), TEXT("\u0100\u017d\u1ea0\u1f08"), true},
+        {TEXT("\uff41"), TEXT("\uff21"), true},
+        {TEXT("\u00df"), TEXT("SS"), false},
+        {TEXT("\u0131"), TEXT("I"), false},
+        {TEXT("\u00f7"), TEXT("\u00d7"), false},
+        {TEXT("[`{@"), TEXT("{@[`"), false},
+        {TEXT("a"), TEXT("a "), false},
+    };
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(ToUtf8(c.written));
+        ASSERT_EQ(Write(c.written, REG_DWORD, {1, 0, 0, 0}), ERROR_SUCCESS);
+        EXPECT_EQ(Has(c.asked), c.same);
+        EXPECT_EQ(RegDeleteValueW(root_.Get(), c.written), ERROR_SUCCESS);
+    }
+}
+
+TEST_F(RegistryTest, NamesOfValuesHaveALimitAndMayBeEmpty) {
+    const WideString longest(16383, u'v');
+    const WideString tooLong(16384, u'v');
+    EXPECT_EQ(Write(longest.c_str(), REG_SZ, {}), ERROR_SUCCESS);
+    EXPECT_TRUE(Has(longest.c_str()));
+    EXPECT_EQ(Write(tooLong.c_str(), REG_SZ, {}), ERROR_INVALID_PARAMETER);
+    EXPECT_FALSE(Has(tooLong.c_str()));
+    EXPECT_EQ(Write(nullptr, REG_DWORD, {5, 0, 0, 0}), ERROR_SUCCESS);
+    EXPECT_TRUE(Has(TEXT("")));
+    EXPECT_EQ(RegDeleteValueW(root_.Get(), TEXT("")), ERROR_SUCCESS);
+    EXPECT_FALSE(Has(nullptr));
+}
+
+TEST_F(RegistryTest, HoldsKeysToTheirAccess) {
+    ASSERT_EQ(Write(TEXT("v"), REG_DWORD, {1, 0, 0, 0}), ERROR_SUCCESS);
+    const BYTE byte = 0;
+    RegistryKey key;
+    ASSERT_EQ(RegOpenKeyExW(root_.Get(), nullptr, 0, KEY_READ, key.Put()), ERROR_SUCCESS);
+    EXPECT_EQ(RegSetValueExW(key.Get(), TEXT("v"), 0, REG_BINARY, &byte, 1), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(RegDeleteValueW(key.Get(), TEXT("v")), ERROR_ACCESS_DENIED);
+    // Creating below is checked against the key, not against this handle.
+    EXPECT_TRUE(Create(key.Get(), TEXT("below")));
+    ASSERT_EQ(RegOpenKeyExW(root_.Get(), nullptr, 0, KEY_SET_VALUE, key.Put()), ERROR_SUCCESS);
+    EXPECT_EQ(RegQueryValueExW(key.Get(), TEXT("v"), nullptr, nullptr, nullptr, nullptr),
+              ERROR_ACCESS_DENIED);
+    EXPECT_EQ(RegDeleteValueW(key.Get(), TEXT("v")), ERROR_SUCCESS);
+    EXPECT_EQ(RegDeleteValueW(key.Get(), TEXT("v")), ERROR_FILE_NOT_FOUND);
+}
+
+TEST_F(RegistryTest, AHandleOutlivesItsDeletedKey) {
+    const RegistryKey key = Create(root_.Get(), TEXT("doomed"));
+    const RegistryKey child = Create(key.Get(), TEXT("child\\grandchild"));
+    const BYTE byte = 0;
+    ASSERT_EQ(RegSetValueExW(key.Get(), TEXT("v"), 0, REG_BINARY, &byte, 1), ERROR_SUCCESS);
+    EXPECT_EQ(RegDeleteTreeW(root_.Get(), TEXT("doomed")), ERROR_SUCCESS);
+    EXPECT_EQ(RegDeleteTreeW(root_.Get(), TEXT("doomed")), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(Open(TEXT("doomed")), ERROR_FILE_NOT_FOUND);
+    // Not even a new key of the same name brings it back.
+    const RegistryKey again = Create(root_.Get(), TEXT("doomed"));
+    RegistryKey other;
+    for (const HKEY dead : {key.Get(), child.Get()}) {
+        EXPECT_EQ(RegQueryValueExW(dead, TEXT("v"), nullptr, nullptr, nullptr, nullptr),
+                  ERROR_KEY_DELETED);
+        EXPECT_EQ(RegSetValueExW(dead, TEXT("v"), 0, REG_BINARY, &byte, 1), ERROR_KEY_DELETED);
+        EXPECT_EQ(RegDeleteValueW(dead, TEXT("v")), ERROR_KEY_DELETED);
+        EXPECT_EQ(RegOpenKeyExW(dead, TEXT("x"), 0, KEY_READ, other.Put()), ERROR_KEY_DELETED);
+        EXPECT_EQ(RegCreateKeyExW(dead, TEXT("x"), 0, nullptr, 0, KEY_READ, nullptr, other.Put(),
+                                  nullptr),
+                  ERROR_KEY_DELETED);
+    }
+}
+
+TEST_F(RegistryTest, DeletesWhatIsBelowAndKeepsTheRest) {
+    Create(root_.Get(), TEXT("a\\b\\c"));
+    Create(root_.Get(), TEXT("ab"));
+    ASSERT_EQ(Write(TEXT("v"), REG_SZ, {}), ERROR_SUCCESS);
+    EXPECT_EQ(RegDeleteTreeW(root_.Get(), TEXT("a\\b")), ERROR_SUCCESS);
+    EXPECT_EQ(Open(TEXT("a")), ERROR_SUCCESS);
+    EXPECT_EQ(Open(TEXT("a\\b")), ERROR_FILE_NOT_FOUND);
+    EXPECT_TRUE(Has(TEXT("v")));
+    EXPECT_EQ(RegDeleteTreeW(root_.Get(), nullptr), ERROR_SUCCESS);
+    EXPECT_EQ(Open(TEXT("ab")), ERROR_FILE_NOT_FOUND);
+    EXPECT_FALSE(Has(TEXT("v")));
+    EXPECT_EQ(Open(nullptr), ERROR_SUCCESS);
+}
+
+TEST_F(RegistryTest, EveryChangeMovesTheKeysTimeForward) {
+    const RegistryKey child = Create(root_.Get(), TEXT("child"));
+    ULONGLONG last = TimeOf(root_.Get());
+    BYTE counter = 0;
+    for (int i = 0; i < 200; ++i) {
+        ++counter;
+        ASSERT_EQ(RegSetValueExW(root_.Get(), TEXT("v"), 0, REG_BINARY, &counter, 1),
+                  ERROR_SUCCESS);
+        const ULONGLONG time = TimeOf(root_.Get());
+        ASSERT_GT(time, last);
+        last = time;
+    }
+    Create(root_.Get(), TEXT("other"));
+    EXPECT_GT(TimeOf(root_.Get()), last);
+    last = TimeOf(root_.Get());
+    EXPECT_EQ(RegDeleteTreeW(root_.Get(), TEXT("other")), ERROR_SUCCESS);
+    EXPECT_GT(TimeOf(root_.Get()), last);
+    last = TimeOf(root_.Get());
+    EXPECT_EQ(RegDeleteValueW(root_.Get(), TEXT("v")), ERROR_SUCCESS);
+    EXPECT_GT(TimeOf(root_.Get()), last);
+    last = TimeOf(root_.Get());
+    ASSERT_EQ(RegSetValueExW(child.Get(), TEXT("v"), 0, REG_BINARY, &counter, 1), ERROR_SUCCESS);
+    EXPECT_EQ(TimeOf(root_.Get()), last);
+}
+
+TEST_F(RegistryTest, ThreadsShareAHandle) {
+    constexpr int kThreads = 4;
+    constexpr DWORD kWrites = 50;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([this, t] {
+            const WCHAR name[] = {static_cast<WCHAR>(u'a' + t), 0};
+            for (DWORD i = 1; i <= kWrites; ++i) {
+                DWORD read = 0;
+                DWORD size = sizeof read;
+                EXPECT_EQ(RegSetValueExW(root_.Get(), name, 0, REG_DWORD,
+                                         reinterpret_cast<const BYTE*>(&i), sizeof i),
+                          ERROR_SUCCESS);
+                EXPECT_EQ(RegQueryValueExW(root_.Get(), name, nullptr, nullptr,
+                                           reinterpret_cast<BYTE*>(&read), &size),
+                          ERROR_SUCCESS);
+                EXPECT_EQ(read, i);
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+}
+
+}  // namespace
+}  // namespace platform
