@@ -1,0 +1,32 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <string>
+
+#include "host/address.h"
+#include "host/document_model.h"
+
+namespace host {
+
+/// What a backend needs to load a page.
+struct LoadRequest {
+    PageAddress address;
+    std::chrono::milliseconds timeout{};
+    /// Called now and then with what is going on, in a few words; may be empty.
+    std::function<void(const std::string&)> progress;
+};
+
+/// Where pages come from. One page at a time, on the thread of the caller; what a backend started
+/// for a page (a browser, a folder) ends with the backend.
+class Backend {
+public:
+    virtual ~Backend() = default;
+
+    /// Loads a page. \return false, and a sentence for the user in `error`, when there is no such
+    /// page or it could not be loaded in time; `document` is then unspecified.
+    [[nodiscard]] virtual bool Load(const LoadRequest& request, DocumentModel& document,
+                                    std::string& error) = 0;
+};
+
+}  // namespace host

@@ -1,0 +1,149 @@
+#include "host/run.h"
+
+#include <exception>
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "host/addin.h"
+#include "host/backend_choice.h"
+#include "host/com_browser.h"
+#include "host/converter_wait.h"
+#include "host/interrupt.h"
+#include "host/progress.h"
+#include "host/system.h"
+#include "platform/testing.h"
+
+namespace host {
+namespace {
+
+// What the toolbar's menu sends.
+constexpr UINT kConvertPage = 0x8011;
+constexpr UINT kConvertSelection = 0x8015;
+
+Progress::Mode ModeOf(const Options& options) {
+    if (options.verbose) return Progress::Mode::Lines;
+    return IsErrorTerminal() ? Progress::Mode::Terminal : Progress::Mode::Silent;
+}
+
+/// One run of the program: a browser with one tab.
+class Tab {
+public:
+    Tab(const Options& options, Progress& progress) : options_(options), progress_(progress) {}
+
+    ExitCode Run() {
+        if (!ParsePageAddress(options_.page, address_, error_)) return Fail(ExitCode::Usage);
+        if (!PrepareOutput()) return Fail(ExitCode::Usage);
+        if (options_.profile && !UseProfile(PathFromUtf8(*options_.profile), error_)) {
+            return Fail(ExitCode::Usage);
+        }
+        if (!LoadModules()) return Fail(ExitCode::NoAddin);
+        if (!LoadPage()) return Fail(Interrupted() ? ExitCode::Interrupted : ExitCode::NoPage);
+        return Press();
+    }
+
+private:
+    ExitCode Fail(ExitCode code) {
+        progress_.Say(error_);
+        return code;
+    }
+
+    /// The dialog is answered with the path as the add-in writes paths, so a folder that is missing
+    /// would only show when the converter fails.
+    bool PrepareOutput() {
+        if (!options_.output) return true;
+        std::error_code code;
+        const std::filesystem::path path =
+            std::filesystem::absolute(PathFromUtf8(*options_.output), code);
+        if (!std::filesystem::is_directory(path.parent_path(), code)) {
+            error_ = "there is no folder for " + PathToUtf8(path);
+        } else if (std::filesystem::is_directory(path, code)) {
+            error_ = PathToUtf8(path) + " is a folder";
+        } else {
+            output_ = path.lexically_normal();
+        }
+        return error_.empty();
+    }
+
+    bool LoadModules() {
+        const std::filesystem::path folder = ProgramFolder();
+        progress_.Step("loading the add-in");
+        if (options_.isProtected && !LoadProtectedMode(folder / "modules", ieframe_, error_)) {
+            return false;
+        }
+        return addin_.Load(folder, error_);
+    }
+
+    bool LoadPage() {
+        const std::unique_ptr<Backend> backend = MakeBackend(options_);
+        auto model = std::make_shared<DocumentModel>();
+        const LoadRequest request{address_, options_.timeout,
+                                  [this](const std::string& what) { progress_.Step(what); }};
+        if (!backend->Load(request, *model, error_)) return false;
+        model_ = std::move(model);
+        return true;
+    }
+
+    ExitCode Press() {
+        const auto browser = platform::MakeObject<Browser>(model_);
+        platform::ComPtr<IAddinBand> band;
+        if (!browser || !addin_.MakeBand(browser.Get(), nullptr, band, error_)) {
+            return Fail(ExitCode::NoAddin);
+        }
+        progress_.Step("starting the converter");
+        if (Command(*band.Get()) != 0) return Fail(ExitCode::CommandEnded);
+        // The job's memory lasts as long as the band.
+        if (options_.wait) {
+            progress_.Step("converting");
+            return WaitForResult(options_.timeout, progress_);
+        }
+        // A job in a file lasts by itself; here only a start that failed is to be noticed.
+        return WaitForFetch(progress_);
+    }
+
+    /// Presses the button, with the user's answers at hand. On failure `error_` says why.
+    LRESULT Command(IAddinBand& band) {
+        const platform::testing::MessageBoxRecorder messages;
+        std::optional<platform::testing::SaveDialogScript> saved;
+        if (!output_.empty()) {
+            // In Protected Mode it is the converter that asks.
+            platform::testing::SetEnvironment("QUVADA_SAVE_AS", PathToUtf8(output_).c_str());
+            saved.emplace(PlatformPath(output_));
+        }
+        const LRESULT result =
+            band.OnCommand(options_.selection ? kConvertSelection : kConvertPage);
+        for (const platform::testing::ShownMessage& message : messages.Shown()) {
+            progress_.Say("the add-in says: " + platform::ToUtf8(message.text));
+        }
+        if (result != 0) {
+            error_ = messages.Shown().empty() ? "cancelled, or the job could not be stored"
+                                              : "the page was not converted";
+        }
+        return result;
+    }
+
+    const Options& options_;
+    Progress& progress_;
+    std::string error_;
+    PageAddress address_;
+    std::filesystem::path output_;
+    // In this order: what a module made ends before the module.
+    platform::ModuleHandle ieframe_;
+    Addin addin_;
+    std::shared_ptr<const DocumentModel> model_;
+};
+
+}  // namespace
+
+ExitCode Run(const Options& options) {
+    CatchInterrupts();
+    Progress progress(ModeOf(options));
+    try {
+        return Tab(options, progress).Run();
+    } catch (const std::exception& failure) {
+        progress.Say(std::string("no page could be loaded: ") + failure.what());
+        return ExitCode::NoPage;
+    }
+}
+
+}  // namespace host

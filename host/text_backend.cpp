@@ -1,0 +1,59 @@
+#include "host/text_backend.h"
+
+#include <cstdint>
+#include <fstream>
+#include <iterator>
+
+#include "host/html_text.h"
+#include "host/system.h"
+
+namespace host {
+namespace {
+
+// A page above this is a mistake of the caller, and would only run the machine out of memory.
+constexpr std::uintmax_t kMaxFileBytes = 512u << 20;
+
+bool ReadFile(const std::filesystem::path& path, std::string& bytes, std::string& error) {
+    const std::string name = PathToUtf8(path);
+    std::error_code code;
+    const std::filesystem::file_status status = std::filesystem::status(path, code);
+    if (!std::filesystem::exists(status)) {
+        error = "there is no page " + name;
+        return false;
+    }
+    if (!std::filesystem::is_regular_file(status)) {
+        error = name + " is no file";
+        return false;
+    }
+    if (std::filesystem::file_size(path, code) > kMaxFileBytes) {
+        error = name + " is too large for a page";
+        return false;
+    }
+    std::ifstream file(path, std::ios::binary);
+    bytes.assign(std::istreambuf_iterator<char>(file), {});
+    if (!file.is_open() || file.bad()) {
+        error = name + " cannot be read";
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool TextBackend::Load(const LoadRequest& request, DocumentModel& document, std::string& error) {
+    if (!request.address.IsFile()) {
+        error = "the text backend loads files only, not " + request.address.url;
+        return false;
+    }
+    std::string bytes;
+    if (!ReadFile(request.address.file, bytes, error)) return false;
+    document = {};
+    document.url = platform::FromUtf8(request.address.url);
+    document.markup = DecodeFileText(bytes);
+    HtmlFacts facts = ReadHtmlFacts(document.markup);
+    document.title = std::move(facts.title);
+    document.rootHeight = document.bodyHeight = height_ > 0 ? height_ : facts.height;
+    return true;
+}
+
+}  // namespace host
