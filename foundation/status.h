@@ -58,10 +58,16 @@ inline constexpr Status kStatusInternalError = MakeIoStatus(StatusSeverity::Erro
 inline constexpr Status kStatusEndOfData = MakeIoStatus(StatusSeverity::Error, 0x001B);
 /// A file that changed while its network path was gone; it stands in no message table.
 inline constexpr Status kStatusFileChanged = MakeIoStatus(StatusSeverity::Error, 0x001E);
+/// A short write; the system gave no error.
 inline constexpr Status kStatusFailure = MakeIoStatus(StatusSeverity::Failure, 0x000E);
 inline constexpr Status kStatusFailedToInitialize = MakeIoStatus(StatusSeverity::Failure, 0x000F);
 inline constexpr Status kStatusInsufficientMemory = MakeIoStatus(StatusSeverity::Failure, 0x03E8);
 inline constexpr Status kStatusReadFailed = MakeIoStatus(StatusSeverity::Failure, 0x1001);
+
+/// Folds the error that a failed call of the system left, which may be 0.
+constexpr Status StatusFromFailedCall(DWORD error) noexcept {
+    return error ? StatusFromSystemError(error) : kStatusFailedToInitialize;
+}
 
 static_assert(kStatusNotInitialized == static_cast<Status>(0x82020010));
 static_assert(kStatusInsufficientMemory == static_cast<Status>(0xC20203E8));
