@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/status.h"
+#include "foundation/wstring.h"
+#include "platform/files.h"
+
+/// Locations in the file system. A null path and an empty one are the same. Both '/' and '\\'
+/// separate, except where an operation says otherwise. Any thread may call these.
+namespace AUX {
+
+/// Paths of this many characters or more need the long form.
+inline constexpr std::uint32_t kLongPathUnits = 248;
+
+/// Whether a path names something that exists. A path with a character that no name can hold
+/// (`"*<>|`, a ':' or a '?' out of place) is refused without a look at the disk. Separators at the
+/// end do not count. A network name that the file system cannot list is looked up by the shell. Any
+/// failure, of memory too, is false. \param found  May be null. Zeroed, then filled with what was
+/// found; of a drive's root the
+///               attributes, and the drive letter as both names.
+[[nodiscard]] bool PathExists(const WCHAR* path, WIN32_FIND_DATAW* found = nullptr) noexcept;
+
+/// Gives the text by which the operating system takes a path: the path itself while it is shorter
+/// than kLongPathUnits, else its `\\?\` form, in `scratch`, with '/' turned into '\', since that
+/// form is taken as it stands. A path that is empty, has that form, or is the text of `scratch`
+/// comes back unchanged; so does one whose long form finds no memory, and the system tells its
+/// length. \param length  Characters of the path, or negative for a terminated one.
+[[nodiscard]] const WCHAR* ToLongPathForm(const WCHAR* path, WString& scratch,
+                                          std::int64_t length = -1) noexcept;
+
+/// Makes a folder and those above it that are missing. Only '\\' separates.
+/// \return 0, also if they all exist; the status of ERROR_BAD_PATHNAME for a null or empty path;
+///         kStatusInsufficientMemory; the first error that counts. What was made before it stays.
+[[nodiscard]] Status CreateDirectoryTree(const WCHAR* path) noexcept;
+
+}  // namespace AUX
