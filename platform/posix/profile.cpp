@@ -27,7 +27,7 @@ std::string DriveFolder() {
     Profile& state = State();
     const std::lock_guard lock(state.mutex);
     if (state.drive.empty()) {
-        const std::string drive = RegistryFolder() + "/drive_c";
+        const std::string drive = ProfileFolder() + "/drive_c";
         if (const int error = MakeFolders(drive)) {
             SetLastError(ErrorFromErrno(error));
             return {};

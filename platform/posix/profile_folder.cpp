@@ -43,7 +43,7 @@ bool IsFolder(const std::string& path) {
 
 }  // namespace
 
-std::string RegistryFolder() {
+std::string ProfileFolder() {
     std::string folder = FromEnvironment("QUVADA_HOME");
     if (folder.empty()) {
         // The base directory specification ignores relative paths.

@@ -2,6 +2,7 @@
 
 #include <mutex>
 
+#include "platform/posix/faults.h"
 #include "platform/posix/registry_store.h"
 
 using platform::KeyId;
@@ -9,6 +10,11 @@ using platform::RegistryStore;
 using platform::WideView;
 
 namespace {
+
+// ERROR_SUCCESS, or the error that a test wants of this call.
+LSTATUS Injected(const char* call) {
+    return platform::InjectFault(call) ? static_cast<LSTATUS>(GetLastError()) : ERROR_SUCCESS;
+}
 
 WideView NameOf(LPCWSTR text) { return text ? WideView(text) : WideView(); }
 
@@ -33,6 +39,7 @@ void TerminateText(BYTE* data, DWORD size, DWORD room) {
 
 LSTATUS RegOpenKeyExW(HKEY key, LPCWSTR path, DWORD, REGSAM access, PHKEY result) noexcept {
     if (const LSTATUS status = CheckPath(path, result); status != ERROR_SUCCESS) return status;
+    if (const LSTATUS error = Injected("RegOpenKeyExW"); error != ERROR_SUCCESS) return error;
     RegistryStore& store = RegistryStore::Instance();
     const std::lock_guard guard(store.lock);
     store.Prepare(access);
@@ -48,6 +55,7 @@ LSTATUS RegCreateKeyExW(HKEY key, LPCWSTR path, DWORD reserved, LPWSTR, DWORD op
                         REGSAM access, const SECURITY_ATTRIBUTES*, PHKEY result,
                         LPDWORD disposition) noexcept {
     if (const LSTATUS status = CheckPath(path, result); status != ERROR_SUCCESS) return status;
+    if (const LSTATUS error = Injected("RegCreateKeyExW"); error != ERROR_SUCCESS) return error;
     if (reserved != 0 || options != REG_OPTION_NON_VOLATILE) return ERROR_INVALID_PARAMETER;
     RegistryStore& store = RegistryStore::Instance();
     const std::lock_guard guard(store.lock);
@@ -65,6 +73,7 @@ LSTATUS RegCreateKeyExW(HKEY key, LPCWSTR path, DWORD reserved, LPWSTR, DWORD op
 
 LSTATUS RegQueryValueExW(HKEY key, LPCWSTR name, LPDWORD reserved, LPDWORD type, LPBYTE data,
                          LPDWORD size) noexcept {
+    if (const LSTATUS error = Injected("RegQueryValueExW"); error != ERROR_SUCCESS) return error;
     if (reserved || (data && !size)) return ERROR_INVALID_PARAMETER;
     RegistryStore& store = RegistryStore::Instance();
     const std::lock_guard guard(store.lock);
@@ -84,6 +93,7 @@ LSTATUS RegQueryValueExW(HKEY key, LPCWSTR name, LPDWORD reserved, LPDWORD type,
 
 LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD, DWORD type, const BYTE* data,
                        DWORD size) noexcept {
+    if (const LSTATUS error = Injected("RegSetValueExW"); error != ERROR_SUCCESS) return error;
     if (!data && size) return ERROR_NOACCESS;
     RegistryStore& store = RegistryStore::Instance();
     const std::lock_guard guard(store.lock);
@@ -93,6 +103,7 @@ LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD, DWORD type, const BYTE* da
 }
 
 LSTATUS RegDeleteValueW(HKEY key, LPCWSTR name) noexcept {
+    if (const LSTATUS error = Injected("RegDeleteValueW"); error != ERROR_SUCCESS) return error;
     RegistryStore& store = RegistryStore::Instance();
     const std::lock_guard guard(store.lock);
     KeyId id = 0;

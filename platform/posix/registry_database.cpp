@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -27,7 +28,13 @@ FileIdentity IdentityOf(const std::string& path) {
     return {info.st_dev, info.st_ino};
 }
 
-// SQLite has a code of its own only for ENOSPC.
+// SQLite would let others read the file; what it makes beside it gets the file's mode.
+void MakeFile(const std::string& path) {
+    // Only a new file: closing an open one would give up the locks that this process has on it.
+    const int file = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (file >= 0) close(file);
+}
+
 bool IsSpaceError(int error) { return error == ENOSPC || error == EDQUOT || error == EFBIG; }
 
 }  // namespace
@@ -37,38 +44,25 @@ LSTATUS RegistryDatabase::Open(const std::string& folder) {
     path_ = folder + "/registry.db";
     if (const int error = MakeFolders(folder)) {
         if (IsRefusal(error)) return OpenEmpty();
-        return Fail(StoreProblem::CannotOpen, static_cast<LSTATUS>(ErrorFromErrno(error)));
+        return Fail(static_cast<LSTATUS>(ErrorFromErrno(error)));
     }
-    const LSTATUS status = Connect(path_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    MakeFile(path_);
+    const LSTATUS status = Connect(path_, SQLITE_OPEN_READWRITE);
     if (status != ERROR_SUCCESS) {
         const bool isMissing = access(path_.c_str(), F_OK) != 0 && errno == ENOENT;
-        if (isMissing && !IsWritable(folder)) return OpenEmpty();
-        return Fail(StoreProblem::CannotOpen, status);
+        return isMissing && !IsWritable(folder) ? OpenEmpty() : Fail(status);
     }
     identity_ = IdentityOf(path_);
     // A writable file in a folder that is not has no room for the journal.
     readOnly_ = sqlite3_db_readonly(connection_, "main") == 1 || !IsWritable(folder);
     if (readOnly_) problem_ = StoreProblem::ReadOnly;
-    return OpenFile();
-}
-
-LSTATUS RegistryDatabase::OpenFile() {
     bool isNew = false;
-    const LSTATUS status = CheckSchema(isNew);
-    if (status == ERROR_SUCCESS) {
-        if (!isNew) return ERROR_SUCCESS;
-        if (readOnly_) return OpenEmpty();
-        const LSTATUS created = CreateSchema();
-        return created == ERROR_SUCCESS ? created : Fail(StoreProblem::CannotOpen, created);
-    }
-    if (problem_ == StoreProblem::NewerFormat || problem_ == StoreProblem::NotARegistry ||
-        status == ERROR_BADDB) {
-        return Fail(problem_ == StoreProblem::NewerFormat ? problem_ : StoreProblem::NotARegistry,
-                    ERROR_BADDB);
-    }
-    if (status == ERROR_REGISTRY_CORRUPT) return Fail(StoreProblem::Damaged, status);
-    // Before the first read a journal that another process left is played back.
-    return Fail(readOnly_ ? StoreProblem::Unfinished : StoreProblem::CannotOpen, status);
+    const LSTATUS checked = CheckSchema(isNew);
+    if (checked != ERROR_SUCCESS) return Fail(checked);
+    if (!isNew) return ERROR_SUCCESS;
+    if (readOnly_) return OpenEmpty();
+    const LSTATUS created = CreateSchema();
+    return created == ERROR_SUCCESS ? created : Fail(created);
 }
 
 void RegistryDatabase::Close() {
@@ -81,6 +75,17 @@ void RegistryDatabase::Close() {
     readOnly_ = false;
     problem_ = StoreProblem::None;
     identity_ = {};
+}
+
+bool RegistryDatabase::IsSound() {
+    sqlite3_stmt* statement = nullptr;
+    sqlite3_prepare_v2(connection_, "PRAGMA integrity_check(1)", -1, &statement, nullptr);
+    const bool found = statement && sqlite3_step(statement) == SQLITE_ROW;
+    const auto* const text =
+        found ? reinterpret_cast<const char*>(sqlite3_column_text(statement, 0)) : nullptr;
+    const bool sound = text && std::string_view(text) == "ok";
+    sqlite3_finalize(statement);
+    return sound;
 }
 
 bool RegistryDatabase::IsReplaced() const { return IdentityOf(path_) != identity_; }
@@ -108,7 +113,9 @@ LSTATUS RegistryDatabase::Error() const {
         case SQLITE_FULL:
             return ERROR_DISK_FULL;
         case SQLITE_IOERR:
-            if (IsSpaceError(system)) return ERROR_DISK_FULL;
+            // ENOSPC is SQLITE_FULL; a write that fails otherwise met a quota or a limit, or the
+            // disk is broken, and rolling back has overwritten the reason.
+            if (error == SQLITE_IOERR_WRITE || IsSpaceError(system)) return ERROR_DISK_FULL;
             return error == SQLITE_IOERR_NOMEM ? ERROR_NOT_ENOUGH_MEMORY : ERROR_REGISTRY_IO_FAILED;
         case SQLITE_READONLY:
         case SQLITE_PERM:
@@ -148,8 +155,8 @@ LSTATUS RegistryDatabase::Connect(const std::string& path, int flags) {
 LSTATUS RegistryDatabase::OpenEmpty() {
     Close();
     const LSTATUS status = Connect(":memory:", SQLITE_OPEN_READWRITE);
-    if (status != ERROR_SUCCESS) return Fail(StoreProblem::CannotOpen, status);
-    if (!Execute(kCreateSchema)) return Fail(StoreProblem::CannotOpen, Error());
+    if (status != ERROR_SUCCESS) return Fail(status);
+    if (!Execute(kCreateSchema)) return Fail(Error());
     readOnly_ = true;
     problem_ = StoreProblem::ReadOnly;
     return ERROR_SUCCESS;
@@ -166,9 +173,9 @@ LSTATUS RegistryDatabase::CheckSchema(bool& isNew) {
     }
     isNew = application == 0 && version == 0 && tables == 0;
     if (isNew || (application == kApplicationId && version == kSchemaVersion)) return ERROR_SUCCESS;
-    problem_ = application == kApplicationId && version > kSchemaVersion
-                   ? StoreProblem::NewerFormat
-                   : StoreProblem::NotARegistry;
+    if (application == kApplicationId && version > kSchemaVersion) {
+        problem_ = StoreProblem::NewerFormat;
+    }
     return ERROR_BADDB;
 }
 
@@ -185,9 +192,17 @@ LSTATUS RegistryDatabase::CreateSchema() {
     return transaction.Commit();
 }
 
-LSTATUS RegistryDatabase::Fail(StoreProblem problem, LSTATUS error) {
+LSTATUS RegistryDatabase::Fail(LSTATUS error) {
+    const StoreProblem before = problem_;
     Close();
-    problem_ = problem;
+    problem_ = StoreProblem::CannotOpen;
+    if (error == ERROR_REGISTRY_CORRUPT) problem_ = StoreProblem::Damaged;
+    if (error == ERROR_BADDB) problem_ = StoreProblem::NotARegistry;
+    if (before == StoreProblem::NewerFormat) problem_ = before;
+    // With the first read, the journal of an interrupted change is played back.
+    if (before == StoreProblem::ReadOnly && problem_ == StoreProblem::CannotOpen) {
+        problem_ = StoreProblem::Unfinished;
+    }
     return error;
 }
 

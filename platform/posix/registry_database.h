@@ -73,6 +73,9 @@ public:
     [[nodiscard]] bool IsReadOnly() const { return readOnly_; }
     [[nodiscard]] StoreProblem Problem() const { return problem_; }
 
+    /// Reads the whole file and checks its structure; slow.
+    [[nodiscard]] bool IsSound();
+
     /// Whether the file at the path is no longer the opened one: deleted, or put back from a copy.
     [[nodiscard]] bool IsReplaced() const;
     [[nodiscard]] FileIdentity Identity() const { return identity_; }
@@ -87,11 +90,10 @@ public:
 
 private:
     LSTATUS Connect(const std::string& path, int flags);
-    LSTATUS OpenFile();
     LSTATUS OpenEmpty();
     LSTATUS CheckSchema(bool& isNew);
     LSTATUS CreateSchema();
-    LSTATUS Fail(StoreProblem problem, LSTATUS error);
+    LSTATUS Fail(LSTATUS error);
     bool Execute(const char* sql);
     bool ReadNumber(const char* sql, std::int64_t& number);
 

@@ -4,6 +4,7 @@
 #include <ctime>
 
 #include "platform/posix/case_fold.h"
+#include "platform/posix/profile.h"
 #include "platform/posix/profile_folder.h"
 #include "platform/posix/registry_schema.h"
 
@@ -35,13 +36,16 @@ WideView TakePart(WideView& path) {
 
 RegistryStore& RegistryStore::Instance() {
     // Never destroyed: threads may still read settings while the process ends.
-    static RegistryStore& store = *new RegistryStore;
+    static RegistryStore& store = []() -> RegistryStore& {
+        OnProfileReset([]() noexcept { Instance().Reset(); });
+        return *new RegistryStore;
+    }();
     return store;
 }
 
 LSTATUS RegistryStore::EnsureOpen() {
     if (database_.IsOpen()) return ERROR_SUCCESS;
-    const LSTATUS status = database_.Open(RegistryFolder());
+    const LSTATUS status = database_.Open(ProfileFolder());
     if (status == ERROR_SUCCESS && database_.Identity() != identity_) {
         identity_ = database_.Identity();
         ++generation_;
@@ -89,6 +93,7 @@ LSTATUS RegistryStore::CloseHandle(HKEY handle) {
 }
 
 void RegistryStore::Reset() {
+    const std::lock_guard guard(lock);
     handles_.clear();
     database_.Close();
     identity_ = {};

@@ -48,6 +48,7 @@ public:
     LSTATUS DeleteValue(KeyId key, WideView name);
 
     /// Closes the file and all handles; the next call opens the profile that is then current.
+    /// Takes the lock itself.
     void Reset();
 
 private:

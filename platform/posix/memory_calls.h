@@ -1,0 +1,35 @@
+#pragma once
+
+/// The calls for shared memory, for systems that lack them. All set the thread's error code.
+
+#include "platform/base.h"
+
+inline constexpr DWORD PAGE_READWRITE = 0x04;
+inline constexpr DWORD FILE_MAP_WRITE = 0x0002;
+inline constexpr DWORD FILE_MAP_READ = 0x0004;
+
+/// Makes zeroed memory under a name, or opens what the name stands for: then the size is the
+/// existing one and the error code ERROR_ALREADY_EXISTS, else ERROR_SUCCESS.
+/// \param file        INVALID_HANDLE_VALUE: memory and not a file.
+/// \param protection  PAGE_READWRITE.
+/// \param sizeHigh    with `sizeLow` the size in bytes; it is rounded up to whole pages.
+/// \param name        Case counts. A prefix `Local\` says nothing, `Global\` is a space of its own.
+/// \return null with ERROR_INVALID_PARAMETER (size 0, other arguments), ERROR_PATH_NOT_FOUND
+///     (another `\` in the name), ERROR_BAD_PATHNAME (it begins with one), ERROR_INVALID_NAME
+///     (nothing behind the prefix), ERROR_FILENAME_EXCED_RANGE (over about 200 letters),
+///     ERROR_COMMITMENT_LIMIT (no room), ERROR_ACCESS_DENIED (the runtime folder is not the user's
+///     own).
+HANDLE CreateFileMappingW(HANDLE file, const SECURITY_ATTRIBUTES* security, DWORD protection,
+                          DWORD sizeHigh, DWORD sizeLow, LPCWSTR name) noexcept;
+
+/// Opens existing memory. Null with ERROR_FILE_NOT_FOUND if nobody holds it any more.
+HANDLE OpenFileMappingW(DWORD access, BOOL inherit, LPCWSTR name) noexcept;
+
+/// Maps the first `size` bytes, or all for 0; offsets are 0.
+/// \return null with ERROR_ACCESS_DENIED if that is more than there is, or if the handle was opened
+///     for reading and `access` is writing.
+LPVOID MapViewOfFile(HANDLE mapping, DWORD access, DWORD offsetHigh, DWORD offsetLow,
+                     SIZE_T size) noexcept;
+
+/// FALSE with ERROR_INVALID_ADDRESS if no view begins at `view`.
+BOOL UnmapViewOfFile(LPCVOID view) noexcept;

@@ -1,0 +1,320 @@
+/// What only the native registry promises: how its file behaves when disks, permissions, processes
+/// and other programs do not.
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <memory>
+#include <random>
+#include <string>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "child_process.h"
+#include "platform/posix/profile.h"
+#include "platform/profile.h"
+#include "platform/registry.h"
+#include "platform/scope_exit.h"
+
+namespace platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const WCHAR* kPath = TEXT("Software\\Store");
+
+class RegistryStoreTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        std::string folder = ::testing::TempDir() + "qvdXXXXXX";
+        ASSERT_TRUE(mkdtemp(folder.data()));
+        base_ = folder;
+        Use(base_ / "home");
+    }
+    void TearDown() override {
+        if (isRoot_) {
+            EXPECT_EQ(seteuid(0), 0);
+        }
+        fs::permissions(home_, fs::perms::owner_all);
+        fs::remove_all(base_);
+        unsetenv("QUVADA_HOME");
+        ResetProfileFolder();
+    }
+    void Use(const fs::path& home) {
+        home_ = home;
+        file_ = home / "registry.db";
+        setenv("QUVADA_HOME", home.c_str(), 1);
+        ResetProfileFolder();
+    }
+    /// Permissions do not bind the superuser; from here on the test is an ordinary user.
+    void BecomeOrdinaryUser() {
+        constexpr uid_t kNobody = 65534;
+        if (!isRoot_) return;
+        for (const auto& path : {base_, home_, file_}) {
+            if (!fs::exists(path)) continue;
+            ASSERT_EQ(chown(path.c_str(), kNobody, gid_t(-1)), 0);
+        }
+        ASSERT_EQ(seteuid(kNobody), 0);
+    }
+
+    static LSTATUS Open(REGSAM access, RegistryKey& key) {
+        return RegOpenKeyExW(HKEY_CURRENT_USER, kPath, 0, access, key.Put());
+    }
+    static LSTATUS OpenAndClose(REGSAM access) {
+        RegistryKey key;
+        return Open(access, key);
+    }
+    static LSTATUS Write(DWORD number) {
+        RegistryKey key;
+        const LSTATUS status = RegCreateKeyExW(HKEY_CURRENT_USER, kPath, 0, nullptr, 0, KEY_WRITE,
+                                               nullptr, key.Put(), nullptr);
+        if (status != ERROR_SUCCESS) return status;
+        return RegSetValueExW(key.Get(), TEXT("v"), 0, REG_DWORD,
+                              reinterpret_cast<const BYTE*>(&number), sizeof number);
+    }
+    static DWORD Read(const WCHAR* name = TEXT("v")) {
+        RegistryKey key;
+        DWORD number = 0;
+        DWORD size = sizeof number;
+        EXPECT_EQ(Open(KEY_READ, key), ERROR_SUCCESS);
+        EXPECT_EQ(RegQueryValueExW(key.Get(), name, nullptr, nullptr,
+                                   reinterpret_cast<BYTE*>(&number), &size),
+                  ERROR_SUCCESS);
+        return number;
+    }
+    static std::string Problem() {
+        std::string problem;
+        EXPECT_FALSE(CheckProfile(problem));
+        return problem;
+    }
+    static bool IsHealthy() {
+        std::string problem;
+        return CheckProfile(problem);
+    }
+    std::string Content() const {
+        std::ifstream in(file_, std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
+    void SetContent(const std::string& content) const {
+        std::ofstream(file_, std::ios::binary) << content;
+    }
+
+    const bool isRoot_ = geteuid() == 0;
+    fs::path base_;
+    fs::path home_;
+    fs::path file_;
+};
+
+TEST_F(RegistryStoreTest, MakesTheProfileForItsUserAlone) {
+    Use(base_ / "deep" / "er" / "home");
+    EXPECT_EQ(OpenAndClose(KEY_READ), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(Write(1), ERROR_SUCCESS);
+    EXPECT_EQ(fs::status(home_).permissions(), fs::perms::owner_all);
+    EXPECT_TRUE(IsHealthy());
+    ResetProfileFolder();
+    EXPECT_EQ(Read(), 1u);
+}
+
+TEST_F(RegistryStoreTest, FollowsTheProfile) {
+    ASSERT_EQ(Write(1), ERROR_SUCCESS);
+    RegistryKey old;
+    ASSERT_EQ(Open(KEY_READ, old), ERROR_SUCCESS);
+    Use(base_ / "second");
+    EXPECT_EQ(OpenAndClose(KEY_READ), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(RegQueryValueExW(old.Get(), TEXT("v"), nullptr, nullptr, nullptr, nullptr),
+              ERROR_INVALID_HANDLE);
+    Use(base_ / "home");
+    EXPECT_EQ(Read(), 1u);
+}
+
+TEST_F(RegistryStoreTest, NoticesThatItsFileWasReplaced) {
+    ASSERT_EQ(Write(1), ERROR_SUCCESS);
+    fs::copy_file(file_, base_ / "copy");
+    ASSERT_EQ(Write(2), ERROR_SUCCESS);
+    RegistryKey old;
+    ASSERT_EQ(Open(KEY_READ, old), ERROR_SUCCESS);
+    fs::rename(base_ / "copy", file_);
+    EXPECT_EQ(Read(), 1u);
+    EXPECT_EQ(RegQueryValueExW(old.Get(), TEXT("v"), nullptr, nullptr, nullptr, nullptr),
+              ERROR_KEY_DELETED);
+    fs::remove_all(home_);
+    EXPECT_EQ(OpenAndClose(KEY_READ), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(Write(3), ERROR_SUCCESS);
+    EXPECT_EQ(Read(), 3u);
+}
+
+TEST_F(RegistryStoreTest, LeavesAFileAloneThatItCannotRead) {
+    ASSERT_EQ(Write(1), ERROR_SUCCESS);
+    ResetProfileFolder();
+    const std::string good = Content();
+    std::string newer = good;
+    newer[63] = 9;  // user_version, big-endian at 60
+    std::string foreign = good;
+    foreign[70] = 'x';  // application_id at 68
+    std::string scrambled = good;
+    std::mt19937 random(1);
+    for (std::size_t i = 100; i < scrambled.size(); ++i) scrambled[i] = static_cast<char>(random());
+    const struct {
+        const char* why;
+        std::string content;
+        LSTATUS error;
+        const char* inProblem;
+    } kCases[] = {
+        {"text", std::string(5000, 'x'), ERROR_BADDB, "holds no settings"},
+        {"short text", "hello", ERROR_BADDB, "holds no settings"},
+        {"another database", foreign, ERROR_BADDB, "holds no settings"},
+        {"newer format", newer, ERROR_BADDB, "newer version"},
+        {"cut in half", good.substr(0, good.size() / 2), ERROR_REGISTRY_CORRUPT, "damaged"},
+        {"scrambled", scrambled, ERROR_REGISTRY_CORRUPT, "damaged"},
+    };
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(c.why);
+        SetContent(c.content);
+        EXPECT_EQ(OpenAndClose(KEY_READ), c.error);
+        EXPECT_EQ(Write(2), c.error);
+        EXPECT_NE(Problem().find(c.inProblem), std::string::npos) << Problem();
+        EXPECT_NE(Problem().find(file_.string()), std::string::npos);
+        EXPECT_TRUE(Content() == c.content) << "the file was changed";
+        EXPECT_EQ(std::distance(fs::directory_iterator(home_), {}), 1);
+    }
+    // Put back, it works without a new start.
+    SetContent(good);
+    EXPECT_EQ(Read(), 1u);
+    EXPECT_TRUE(IsHealthy());
+}
+
+TEST_F(RegistryStoreTest, AnEmptyFileIsANewRegistry) {
+    fs::create_directories(home_);
+    SetContent("");
+    EXPECT_EQ(Write(1), ERROR_SUCCESS);
+    EXPECT_EQ(Read(), 1u);
+}
+
+TEST_F(RegistryStoreTest, AReadOnlyProfileCanBeRead) {
+    ASSERT_EQ(Write(1), ERROR_SUCCESS);
+    struct Case {
+        const char* why;
+        fs::path path;
+        fs::perms perms;
+    };
+    const fs::perms kReadFolder = fs::perms::owner_read | fs::perms::owner_exec;
+    const Case kCases[] = {{"folder", home_, kReadFolder}, {"file", file_, fs::perms::owner_read}};
+    BecomeOrdinaryUser();
+    for (const Case& c : kCases) {
+        SCOPED_TRACE(c.why);
+        const fs::perms before = fs::status(c.path).permissions();
+        fs::permissions(c.path, c.perms);
+        ResetProfileFolder();
+        EXPECT_EQ(Read(), 1u);
+        EXPECT_EQ(OpenAndClose(KEY_READ | KEY_WRITE), ERROR_ACCESS_DENIED);
+        EXPECT_EQ(Write(2), ERROR_ACCESS_DENIED);
+        EXPECT_EQ(RegDeleteTreeW(HKEY_CURRENT_USER, kPath), ERROR_ACCESS_DENIED);
+        EXPECT_NE(Problem().find("may only be read"), std::string::npos);
+        // Given the permission, the next opening for writing has it, without a new start.
+        fs::permissions(c.path, before);
+        EXPECT_EQ(Write(1), ERROR_SUCCESS);
+    }
+}
+
+TEST_F(RegistryStoreTest, AReadOnlyFolderWithoutAFileIsAnEmptyRegistry) {
+    fs::create_directories(home_);
+    BecomeOrdinaryUser();
+    fs::permissions(home_, fs::perms::owner_read | fs::perms::owner_exec);
+    EXPECT_EQ(OpenAndClose(KEY_READ), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(Write(1), ERROR_ACCESS_DENIED);
+    RegistryKey root;
+    EXPECT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, nullptr, 0, KEY_READ, root.Put()), ERROR_SUCCESS);
+    fs::permissions(home_, fs::perms::owner_all);
+    EXPECT_EQ(Write(1), ERROR_SUCCESS);
+}
+
+TEST_F(RegistryStoreTest, AProfileThatCannotBeIsAnError) {
+    std::ofstream(base_ / "plain") << "a file";
+    Use(base_ / "plain" / "home");
+    EXPECT_NE(OpenAndClose(KEY_READ), ERROR_SUCCESS);
+    EXPECT_NE(Write(1), ERROR_SUCCESS);
+    EXPECT_NE(Problem().find("cannot be opened"), std::string::npos) << Problem();
+    Use(base_ / "home");
+    fs::create_directories(file_);
+    EXPECT_EQ(OpenAndClose(KEY_READ), ERROR_ACCESS_DENIED);
+    EXPECT_NE(Problem().find("permission is denied"), std::string::npos) << Problem();
+}
+
+TEST_F(RegistryStoreTest, AFullDiskKeepsTheOldValue) {
+    ASSERT_EQ(Write(1), ERROR_SUCCESS);
+    RegistryKey key;
+    ASSERT_EQ(Open(KEY_READ | KEY_WRITE, key), ERROR_SUCCESS);
+    // The limit on the size of files stands for the disk's.
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before;
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const std::string large(200'000, 'x');
+    {
+        rlimit full = before;
+        full.rlim_cur = fs::file_size(file_);
+        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &full), 0);
+        const ScopeExit restore([&] { setrlimit(RLIMIT_FSIZE, &before); });
+        EXPECT_EQ(RegSetValueExW(key.Get(), TEXT("v"), 0, REG_BINARY,
+                                 reinterpret_cast<const BYTE*>(large.data()),
+                                 static_cast<DWORD>(large.size())),
+                  ERROR_DISK_FULL);
+        EXPECT_EQ(Read(), 1u);
+        ResetProfileFolder();
+        EXPECT_EQ(Read(), 1u);
+    }
+    EXPECT_EQ(Write(2), ERROR_SUCCESS);
+    EXPECT_EQ(Read(), 2u);
+    EXPECT_TRUE(IsHealthy());
+}
+
+TEST_F(RegistryStoreTest, ProcessesThatWriteAtOnceLoseNothing) {
+    constexpr int kProcesses = 3;
+    constexpr DWORD kWrites = 60;
+    // The first of them has to make the file as well.
+    {
+        std::vector<std::unique_ptr<ChildProcess>> writers;
+        for (int i = 0; i < kProcesses; ++i) {
+            writers.push_back(std::make_unique<ChildProcess>(std::vector<std::string>{
+                "write", "Software\\Store", std::string(1, static_cast<char>('a' + i)) + "-",
+                std::to_string(kWrites)}));
+        }
+        for (const auto& writer : writers) EXPECT_EQ(writer->Wait(), 0);
+    }
+    RegistryKey key;
+    ASSERT_EQ(Open(KEY_READ, key), ERROR_SUCCESS);
+    DWORD subkeys = 0;
+    DWORD values = 0;
+    EXPECT_EQ(RegQueryInfoKeyW(key.Get(), nullptr, nullptr, nullptr, &subkeys, nullptr, nullptr,
+                               &values, nullptr, nullptr, nullptr, nullptr),
+              ERROR_SUCCESS);
+    EXPECT_EQ(subkeys, kProcesses * kWrites);
+    EXPECT_EQ(values, kProcesses * kWrites);
+    EXPECT_EQ(Read(TEXT("B-59")), 59u);
+    EXPECT_TRUE(IsHealthy());
+}
+
+TEST_F(RegistryStoreTest, AKilledWriterLeavesWholeValues) {
+    std::mt19937 random(7);
+    DWORD last = 0;
+    for (int round = 0; round < 8; ++round) {
+        ChildProcess writer({"churn", "Software\\Store"});
+        ASSERT_EQ(writer.ReadLine(), "writing");
+        usleep(static_cast<useconds_t>(random() % 20'000));
+        writer.Kill();
+        const DWORD a = Read(TEXT("a"));
+        const DWORD b = Read(TEXT("b"));
+        EXPECT_TRUE(a == b || a == b + 1) << a << ' ' << b;
+        EXPECT_GE(a, 5u);
+        last = a;
+        EXPECT_TRUE(IsHealthy());
+        ResetProfileFolder();
+    }
+    EXPECT_EQ(Write(last), ERROR_SUCCESS);
+}
+
+}  // namespace
+}  // namespace platform
