@@ -82,8 +82,8 @@ std::uint64_t Browser::Send(std::string_view session, std::string_view method,
     return id;
 }
 
-void Browser::Post(std::string_view session, std::string_view method, const Params& params) {
-    if (broken_.empty()) (void)Send(session, method, params);
+bool Browser::Post(std::string_view session, std::string_view method, const Params& params) {
+    return broken_.empty() && Send(session, method, params) != 0;
 }
 
 Result<Json> Browser::Call(std::string_view session, std::string_view method, const Params& params,

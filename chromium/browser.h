@@ -74,8 +74,9 @@ public:
     Result<Json> Call(std::string_view session, std::string_view method, const Params& params = {},
                       Milliseconds limit = kCallLimit);
 
-    /// Sends a call whose result nobody waits for.
-    void Post(std::string_view session, std::string_view method, const Params& params = {});
+    /// Sends a call whose result nobody waits for. \return false if it is larger than the browser
+    /// can take, or the browser is gone.
+    bool Post(std::string_view session, std::string_view method, const Params& params = {});
 
     /// Takes in what the browser says until `done` holds. \return whether `done` holds; an error
     /// when the browser is gone or the wait was cancelled.

@@ -215,9 +215,12 @@ Result<std::string> Page::Resource(const Frame& frame, std::string_view url, Mil
     return content.Text();
 }
 
-Outcome Page::OverridePageRules(double width, double height) {
-    const std::string body =
-        "{margin:0!important;size:" + PointText(width) + " " + PointText(height) + "!important}";
+Outcome Page::OverridePageRules(const PrintOptions& options) {
+    const std::string body = "{margin:" + PointText(options.marginTop) + " " +
+                             PointText(options.marginRight) + " " +
+                             PointText(options.marginBottom) + " " + PointText(options.marginLeft) +
+                             "!important;size:" + PointText(options.width) + " " +
+                             PointText(options.height) + "!important}";
     for (const char* method : {"DOM.enable", "CSS.enable"}) {
         const Result<Json> enabled = Call(method);
         if (!enabled) return enabled.GetError();

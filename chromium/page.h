@@ -75,9 +75,9 @@ public:
     /// `OverridePageRules`.
     Result<std::string> Print(const PrintOptions& options, Milliseconds limit);
 
-    /// Makes the sheet's size (points) win over @page rules of the page; the document stays as it
-    /// is. Rules that the page marks as important still win.
-    Outcome OverridePageRules(double width, double height);
+    /// Makes the size and the margins of `options` win over @page rules of the page; the document
+    /// stays as it is. Rules that the page marks as important still win.
+    Outcome OverridePageRules(const PrintOptions& options);
 
     Outcome Resize(std::uint32_t width, std::uint32_t height);
 

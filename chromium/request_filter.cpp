@@ -30,14 +30,14 @@ void RequestFilter::OnEvent(const Event& event) {
                                           params["resourceType"].Text(), params["frameId"].Text()});
     Params reply;
     reply.Text("requestId", params["requestId"].Text());
-    switch (answer.kind) {
-        case Answer::Kind::Continue:
-            return browser_.Post(event.session, "Fetch.continueRequest", reply);
-        case Answer::Kind::Refuse:
-            reply.Text("errorReason", "BlockedByClient");
-            return browser_.Post(event.session, "Fetch.failRequest", reply);
-        case Answer::Kind::Serve:
-            break;
+    const Params refusal = Params(reply).Text("errorReason", "BlockedByClient");
+    if (answer.kind == Answer::Kind::Continue) {
+        browser_.Post(event.session, "Fetch.continueRequest", reply);
+        return;
+    }
+    if (answer.kind == Answer::Kind::Refuse) {
+        browser_.Post(event.session, "Fetch.failRequest", refusal);
+        return;
     }
     std::string headers = "[";
     for (const auto& [name, value] : answer.headers) {
@@ -47,7 +47,10 @@ void RequestFilter::OnEvent(const Event& event) {
     reply.Number("responseCode", answer.status)
         .Raw("responseHeaders", headers + "]")
         .Text("body", EncodeBase64(answer.body));
-    browser_.Post(event.session, "Fetch.fulfillRequest", reply);
+    // A body that is too large for one message; no answer at all would hold the page up.
+    if (!browser_.Post(event.session, "Fetch.fulfillRequest", reply)) {
+        browser_.Post(event.session, "Fetch.failRequest", refusal);
+    }
 }
 
 }  // namespace chromium

@@ -186,10 +186,10 @@ TEST_F(PageTest, ServesAndRefusesRequestsOfEveryFrame) {
 TEST_F(PageTest, PrintsAtTheGivenWidthAndAgainstPageRules) {
     const auto page = MakePage();
     ASSERT_TRUE(page->Open(DataUrl("<style>@page{size:100mm 50mm;margin:30mm}</style><p>x")));
-    ASSERT_TRUE(page->OverridePageRules(595, 842));
     PrintOptions options;
     options.width = 595;
     options.height = 842;
+    ASSERT_TRUE(page->OverridePageRules(options));
     const auto pdf = page->Print(options, Milliseconds(20'000));
     ASSERT_TRUE(pdf) << pdf.GetError().text;
     EXPECT_TRUE(pdf->starts_with("%PDF-1.4"));
