@@ -94,13 +94,13 @@ SaveAnswer ScriptedAnswer(const OPENFILENAMEW& dialog) {
 bool CompleteSavePath(const OPENFILENAMEW& dialog, const WideString& typed, WideString& path) {
     WideString name = typed.empty() ? TextOf(dialog.lpstrFile) : typed;
     std::string host;
-    if (name.empty()) return false;
+    if (name.empty() || name.back() == '/' || name.back() == '\\') return false;
     // A path of the host is one as it stands; all else is Windows' form and made whole.
     if (name.front() == '/' && !(name.size() > 1 && name[1] == '/')) {
         if (!ToWindowsPath(ToUtf8(name), path)) return false;
         name = path;
     }
-    if (ToHostPath(name.c_str(), host) != 0 || host.back() == '/') return false;
+    if (ToHostPath(name.c_str(), host) != 0) return false;
     if (!ToWindowsPath(host, path)) return false;
     const WideString extension = TextOf(dialog.lpstrDefExt);
     const bool hasExtension = BaseNameOf(path).find('.') != WideView::npos;
