@@ -14,7 +14,15 @@ namespace platform {
 namespace {
 
 // Far above what any change takes; a process that was stopped in the middle of one blocks longer.
-constexpr int kBusyTimeoutMs = 5000;
+constexpr int kMaxBusyTries = 10'000;
+constexpr useconds_t kBusyPauseUs = 1000;
+
+// SQLite's own handler sleeps longer and longer, so that of several busy writers one may starve.
+int WaitWhileBusy(void*, int tries) {
+    if (tries >= kMaxBusyTries) return 0;
+    usleep(kBusyPauseUs);
+    return 1;
+}
 
 bool IsRefusal(int error) { return error == EACCES || error == EPERM || error == EROFS; }
 
@@ -142,7 +150,7 @@ LSTATUS RegistryDatabase::Connect(const std::string& path, int flags) {
     sqlite3_open_v2(path.c_str(), &connection_, flags | SQLITE_OPEN_NOMUTEX, nullptr);
     if (const LSTATUS status = Error(); status != ERROR_SUCCESS) return status;
     sqlite3_extended_result_codes(connection_, 1);
-    sqlite3_busy_timeout(connection_, kBusyTimeoutMs);
+    sqlite3_busy_handler(connection_, WaitWhileBusy, nullptr);
     sqlite3_db_config(connection_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     // The file may be anyone's: nothing in it runs, and broken pages are noticed early.
     if (!Execute("PRAGMA trusted_schema = OFF; PRAGMA cell_size_check = ON;"

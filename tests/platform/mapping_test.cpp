@@ -7,6 +7,7 @@
 
 #include "platform/memory.h"
 #include "platform/text.h"
+#include "tests/support/test_profile.h"
 
 namespace platform {
 namespace {
@@ -37,9 +38,10 @@ int RunSecondProcess(const std::string& job, const WideString& name, std::size_t
     return std::system(command.c_str());
 }
 
-/// A name that no other test of this machine uses at the moment.
+/// A name that no other test of this program uses: under Wine all of them meet.
 class MappingTest : public ::testing::Test {
 protected:
+    const test_support::TestProfile profile_;
     const WideString name_ = FromUtf8(
         std::string("QVD:test:") + ::testing::UnitTest::GetInstance()->current_test_info()->name());
 };
