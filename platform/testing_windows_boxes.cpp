@@ -17,7 +17,7 @@ struct SaveDialogScript::State {
     State* older;
     HHOOK hook;
     HHOOK boxHook;
-    bool isOpen;  // a dialog of the thread runs
+    HWND dialog;  // the dialog that was answered last; a window while it runs
     std::vector<SaveDialogRequest> asked;
 };
 
@@ -79,7 +79,7 @@ void Press(HWND dialog, int button) {
 }
 
 void AnswerBox(HWND box) {
-    if (newestScript && newestScript->isOpen) {
+    if (newestScript && IsWindow(newestScript->dialog)) {
         Press(box, IDYES);  // The dialog asks whether the file may be replaced.
         return;
     }
@@ -110,7 +110,7 @@ WideString FilterOf(LPCWSTR pairs) {
 }
 
 void AnswerDialog(HWND dialog, const OPENFILENAMEW& request, SaveDialogScript::State& script) {
-    script.isOpen = true;
+    script.dialog = dialog;
     script.asked.push_back({request.hwndOwner, TextOf(request.lpstrTitle),
                             TextOf(request.lpstrFile), FilterOf(request.lpstrFilter),
                             TextOf(request.lpstrDefExt), request.Flags, request.nMaxFile,
@@ -128,10 +128,6 @@ LRESULT CALLBACK OnSentMessage(int code, WPARAM wParam, LPARAM lParam) {
         if (note->hdr.code == static_cast<UINT>(CDN_INITDONE)) {
             AnswerDialog(GetParent(sent->hwnd), *note->lpOFN, *newestScript);
         }
-    }
-    if (code == HC_ACTION && newestScript && sent->message == WM_NCDESTROY &&
-        GetDlgItem(sent->hwnd, kFileNameId)) {
-        newestScript->isOpen = false;
     }
     return CallNextHookEx(nullptr, code, wParam, lParam);
 }
@@ -160,7 +156,7 @@ MessageBoxRecorder::~MessageBoxRecorder() {
 const std::vector<ShownMessage>& MessageBoxRecorder::Shown() const { return state_->shown; }
 
 SaveDialogScript::SaveDialogScript(std::optional<WideString> path)
-    : state_(new State{std::move(path), newestScript, nullptr, nullptr, false, {}}) {
+    : state_(new State{std::move(path), newestScript, nullptr, nullptr, nullptr, {}}) {
     state_->hook = Hook(WH_CALLWNDPROC, OnSentMessage, !newestScript);
     state_->boxHook = Hook(WH_CBT, OnActivation, !newestScript);
     newestScript = state_.get();
