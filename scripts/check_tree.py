@@ -95,7 +95,7 @@ def check_rules(root):
 
 def check_headers(root, compiler):
     headers = [n for n in sources(root) if n.endswith(".h") and "windows" not in n
-               and n.split("/")[0] in [*ALLOWED, *FREE]]
+               and n.split("/")[0] in ALLOWED]
 
     def compile_alone(name):
         run = subprocess.run(
