@@ -50,7 +50,10 @@ Permissions PermissionsOf(const Security& security) {
         return allowed;
     }
     const Changes changes = security.changes128;
-    allowed.accessibility = security.allow128ContentAccess;
+    // From the 128-bit AES level on, reading aloud can't be forbidden any more (ISO
+    // 32000-2, 7.6.4).
+    allowed.accessibility =
+        security.allow128ContentAccess || security.type >= Encryption::AesBits128;
     allowed.extract = security.allow128Copying;
     allowed.print = security.printing128;
     allowed.modify = changes == Changes::General;

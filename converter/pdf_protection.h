@@ -34,7 +34,8 @@ struct Protection {
 /// Decides the protection that a job asks for.
 ///
 /// - The 40-bit level has its own four permissions. Above it, "assembly" allows just that, "forms"
-///   filling in, "comments" filling in and comments, "general" all changes.
+///   filling in, "comments" filling in and comments, "general" all changes. Programs that read
+///   aloud can be kept out at the 128-bit RC4 level only; the later ones always let them in.
 /// - Permissions bind whoever can't lift them. With an opening password and no owner password
 ///   nobody asked for limits, so everything is allowed; in every other case the job's hold.
 /// - Without an owner password the file gets a random one: with none, anyone could lift the
