@@ -26,8 +26,8 @@ int WaitWhileBusy(void*, int tries) {
 
 bool IsRefusal(int error) { return error == EACCES || error == EPERM || error == EROFS; }
 
-bool IsWritable(const std::string& folder) {
-    return faccessat(AT_FDCWD, folder.c_str(), W_OK, AT_EACCESS) == 0;
+bool IsWritable(const std::string& path) {
+    return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
 }
 
 FileIdentity IdentityOf(const std::string& path) {
@@ -55,6 +55,7 @@ LSTATUS RegistryDatabase::Open(const std::string& folder) {
         return Fail(static_cast<LSTATUS>(ErrorFromErrno(error)));
     }
     MakeFile(path_);
+    if (!IsWritable(folder) || !IsWritable(path_)) problem_ = StoreProblem::ReadOnly;
     const LSTATUS status = Connect(path_, SQLITE_OPEN_READWRITE);
     if (status != ERROR_SUCCESS) {
         const bool isMissing = access(path_.c_str(), F_OK) != 0 && errno == ENOENT;
@@ -62,8 +63,7 @@ LSTATUS RegistryDatabase::Open(const std::string& folder) {
     }
     identity_ = IdentityOf(path_);
     // A writable file in a folder that is not has no room for the journal.
-    readOnly_ = sqlite3_db_readonly(connection_, "main") == 1 || !IsWritable(folder);
-    if (readOnly_) problem_ = StoreProblem::ReadOnly;
+    readOnly_ = problem_ == StoreProblem::ReadOnly;
     bool isNew = false;
     const LSTATUS checked = CheckSchema(isNew);
     if (checked != ERROR_SUCCESS) return Fail(checked);
@@ -126,6 +126,8 @@ LSTATUS RegistryDatabase::Error() const {
             if (error == SQLITE_IOERR_WRITE || IsSpaceError(system)) return ERROR_DISK_FULL;
             return error == SQLITE_IOERR_NOMEM ? ERROR_NOT_ENOUGH_MEMORY : ERROR_REGISTRY_IO_FAILED;
         case SQLITE_READONLY:
+            if (error == SQLITE_READONLY_ROLLBACK) return ERROR_REGISTRY_IO_FAILED;
+            return ERROR_ACCESS_DENIED;
         case SQLITE_PERM:
         case SQLITE_AUTH:
             return ERROR_ACCESS_DENIED;
@@ -208,7 +210,7 @@ LSTATUS RegistryDatabase::Fail(LSTATUS error) {
     if (error == ERROR_BADDB) problem_ = StoreProblem::NotARegistry;
     if (before == StoreProblem::NewerFormat) problem_ = before;
     // With the first read, the journal of an interrupted change is played back.
-    if (before == StoreProblem::ReadOnly && problem_ == StoreProblem::CannotOpen) {
+    if (before == StoreProblem::ReadOnly && error == ERROR_REGISTRY_IO_FAILED) {
         problem_ = StoreProblem::Unfinished;
     }
     return error;

@@ -9,6 +9,7 @@
 #include <iterator>
 #include <memory>
 #include <random>
+#include <sqlite3.h>
 #include <string>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -54,9 +55,9 @@ protected:
     void BecomeOrdinaryUser() {
         constexpr uid_t kNobody = 65534;
         if (!isRoot_) return;
-        for (const auto& path : {base_, home_, file_}) {
-            if (!fs::exists(path)) continue;
-            ASSERT_EQ(chown(path.c_str(), kNobody, gid_t(-1)), 0);
+        ASSERT_EQ(chown(base_.c_str(), kNobody, gid_t(-1)), 0);
+        for (const auto& entry : fs::recursive_directory_iterator(base_)) {
+            ASSERT_EQ(chown(entry.path().c_str(), kNobody, gid_t(-1)), 0);
         }
         ASSERT_EQ(seteuid(kNobody), 0);
     }
@@ -230,6 +231,39 @@ TEST_F(RegistryStoreTest, AReadOnlyFolderWithoutAFileIsAnEmptyRegistry) {
     EXPECT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, nullptr, 0, KEY_READ, root.Put()), ERROR_SUCCESS);
     fs::permissions(home_, fs::perms::owner_all);
     EXPECT_EQ(Write(1), ERROR_SUCCESS);
+}
+
+TEST_F(RegistryStoreTest, AChangeThatWasCutOffIsTakenBack) {
+    ASSERT_EQ(Write(1), ERROR_SUCCESS);
+    ResetProfileFolder();
+    // What a process leaves that dies in the middle of writing a large change to the file.
+    sqlite3* writer = nullptr;
+    ASSERT_EQ(sqlite3_open(file_.c_str(), &writer), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(writer,
+                           "PRAGMA cache_size = 1; BEGIN; UPDATE vals SET data = zeroblob(9);"
+                           "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n "
+                           "WHERE i < 300) INSERT INTO vals SELECT 1, CAST(i AS BLOB), x'', 3, "
+                           "zeroblob(3000) FROM n",
+                           nullptr, nullptr, nullptr),
+              SQLITE_OK);
+    fs::copy(home_, base_ / "left");
+    sqlite3_close(writer);
+    Use(base_ / "left");
+    ASSERT_TRUE(fs::exists(home_ / "registry.db-journal"));
+    ASSERT_GT(fs::file_size(file_), 500'000u);
+    BecomeOrdinaryUser();
+    for (const auto& entry : fs::directory_iterator(home_)) {
+        fs::permissions(entry, fs::perms::owner_read);
+    }
+    fs::permissions(home_, fs::perms::owner_read | fs::perms::owner_exec);
+    EXPECT_EQ(OpenAndClose(KEY_READ), ERROR_REGISTRY_IO_FAILED);
+    EXPECT_NE(Problem().find("was cut off"), std::string::npos) << Problem();
+    fs::permissions(home_, fs::perms::owner_all);
+    for (const auto& entry : fs::directory_iterator(home_)) {
+        fs::permissions(entry, fs::perms::owner_read | fs::perms::owner_write);
+    }
+    EXPECT_EQ(Read(), 1u);
+    EXPECT_TRUE(IsHealthy());
 }
 
 TEST_F(RegistryStoreTest, AProfileThatCannotBeIsAnError) {
