@@ -188,7 +188,7 @@ TEST_F(MappingTest, MemoryOfAnEndedProcessIsGone) {
 
 TEST_F(MappingTest, MakersRaceForOneObject) {
     constexpr int kThreads = 4;
-    constexpr int kRounds = 50;
+    constexpr int kRounds = 150;
     for (int round = 0; round < kRounds; ++round) {
         std::vector<MappingHandle> made(kThreads);
         std::vector<DWORD> errors(kThreads);
