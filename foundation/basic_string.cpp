@@ -1,6 +1,7 @@
 #include "foundation/basic_string.h"
 
 #include <algorithm>
+#include <cstring>
 #include <functional>
 
 #include "foundation/memory.h"
@@ -21,6 +22,9 @@ Char* Reallocate(Char* block, std::uint64_t units) noexcept {
 }
 
 }  // namespace
+
+template <class Char>
+const Char BasicString<Char>::kEmpty[1] = {};
 
 template <class Char>
 bool BasicString<Char>::Owns(const Char* text) const noexcept {
@@ -77,6 +81,12 @@ bool BasicString<Char>::AssignPart(View part) noexcept {
     if (!taken.Assign(part)) return false;
     Swap(taken);
     return true;
+}
+
+// The text may be a part of the string and reach behind its end.
+template <class Char>
+void BasicString<Char>::MoveUnits(Char* to, View text) noexcept {
+    std::memmove(to, text.data(), text.size() * sizeof(Char));
 }
 
 template <class Char>

@@ -3,7 +3,6 @@
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <type_traits>
 #include <utility>
 
@@ -89,7 +88,7 @@ public:
                                   std::size_t count) noexcept;
 
     /// The terminated text; never null.
-    [[nodiscard]] const Char* Text() const noexcept { return data ? data : &kEmpty; }
+    [[nodiscard]] const Char* Text() const noexcept { return data ? data : kEmpty; }
 
     /// The block itself, with room for Capacity() units and a terminator; null if there is none.
     [[nodiscard]] Char* Data() noexcept { return data; }
@@ -124,15 +123,22 @@ public:
     friend bool operator==(const BasicString& a, View b) noexcept { return View(a) == b; }
 
 private:
-    static constexpr Char kEmpty = 0;
+    // The shared empty text.
+    static const Char kEmpty[];
 
     static View MakeView(const Char* text, std::int64_t textLength) noexcept {
         return textLength < 0 ? View(text) : View(text, static_cast<std::size_t>(textLength));
     }
+    // Not inline: compilers warn of a copy from a literal that is known to be too short for it,
+    // where they do not see that its length keeps them from getting there.
+    static void MoveUnits(Char* to, View text) noexcept;
     bool AppendGrowing(View text) noexcept;
     void AppendInPlace(View text) noexcept {
-        // The source may be a part of this string and reach behind its end.
-        std::memmove(data + length, text.data(), text.size() * sizeof(Char));
+        if (text.size() == 1) {
+            data[length] = text[0];  // The most frequent case needs no call.
+        } else {
+            MoveUnits(data + length, text);
+        }
         length += static_cast<std::uint32_t>(text.size());
         data[length] = 0;
     }

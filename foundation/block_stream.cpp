@@ -33,11 +33,6 @@ Status BlockStream::ReadBytesAt(void* buffer, std::int64_t length, SeekMode mode
     return kStatusOk;
 }
 
-void BlockStream::PutBytes(const void* bytes, std::int64_t length) noexcept {
-    std::memmove(Block()->data + position, bytes, static_cast<std::size_t>(length));
-    position += length;
-}
-
 Status BlockStream::SeekSource(CopySource& source, SeekMode mode, std::int64_t offset) noexcept {
     const std::int64_t target = position;
     const Status status = source.stream.Seek(mode, offset);
@@ -65,6 +60,8 @@ Status BlockStream::CopyIn(const CopySource& source, std::int64_t length,
                                     std::min(length - count, kMaxTransfer), chunk);
         position += chunk;
         count += chunk;
+        if (chunk == 0 && !IsFailure(status))
+            status = kStatusInternalError;  // Neither more nor end.
     }
     return status;
 }

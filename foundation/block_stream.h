@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstring>
+
 #include "foundation/stream.h"
 
 namespace AUX {
@@ -34,7 +36,10 @@ protected:
                        std::int64_t& count) noexcept;
 
     /// Puts bytes at the position, where there is room for them, and moves behind them.
-    void PutBytes(const void* bytes, std::int64_t length) noexcept;
+    void PutBytes(const void* bytes, std::int64_t length) noexcept {
+        std::memmove(Block()->data + position, bytes, static_cast<std::size_t>(length));
+        position += length;
+    }
 
     /// The place in a source that a copy begins at, and how much a source on the same store holds
     /// behind it before the copy makes room for itself.

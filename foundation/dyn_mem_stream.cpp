@@ -100,6 +100,14 @@ Status DynMemStream::ReadAt(void* buffer, std::int64_t length, SeekMode mode, st
 }
 
 Status DynMemStream::Write(const void* data, std::int64_t length, std::int64_t& count) noexcept {
+    // The short way of the many small writes that fit into the block.
+    if (store && Own()->data && data && length > 0 && position <= store->size &&
+        length <= store->allocated - position) {
+        PutBytes(data, length);
+        store->size = std::max(store->size, position);
+        count = length;
+        return kStatusOk;
+    }
     if (const Status status = CheckTransfer(data, length, count)) return status;
     if (length == 0) return kStatusOk;
     if (length > BytesLeft()) {

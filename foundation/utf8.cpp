@@ -20,6 +20,8 @@ bool IsAsciiBlock(const WCHAR* text) noexcept {
 constexpr bool IsHigh(std::uint32_t unit) noexcept { return unit - 0xD800u < 0x400; }
 constexpr bool IsLow(std::uint32_t unit) noexcept { return unit - 0xDC00u < 0x400; }
 
+constexpr bool IsSurrogate(std::uint32_t unit) noexcept { return (unit & 0xF800) == 0xD800; }
+
 bool IsPair(const WCHAR* text, const WCHAR* end) noexcept {
     return IsHigh(text[0]) && end - text > 1 && IsLow(text[1]);
 }
@@ -29,14 +31,14 @@ constexpr char Byte(std::uint32_t value) noexcept {
 }
 
 // Writes the bytes of the code point at `text` and moves behind it; `out` has room for four.
-char* EncodeOne(const WCHAR*& text, const WCHAR* end, char* out) noexcept {
+inline char* EncodeOne(const WCHAR*& text, const WCHAR* end, char* out) noexcept {
     const std::uint32_t unit = *text;
     if (unit < 0x80) {
         *out++ = Byte(unit);
     } else if (unit < 0x800) {
         *out++ = Byte(0xC0 | unit >> 6);
         *out++ = Byte(0x80 | (unit & 0x3F));
-    } else if (IsPair(text, end)) {
+    } else if (IsSurrogate(unit) && IsPair(text, end)) {
         const std::uint32_t point = 0x10000 + ((unit - 0xD800) << 10) + (text[1] - 0xDC00u);
         *out++ = Byte(0xF0 | point >> 18);
         *out++ = Byte(0x80 | (point >> 12 & 0x3F));
@@ -53,18 +55,23 @@ char* EncodeOne(const WCHAR*& text, const WCHAR* end, char* out) noexcept {
 }
 
 std::size_t Count(const WCHAR* text, const WCHAR* end) noexcept {
-    // Each unit counts for itself and a pair is two units of two bytes.
     std::size_t bytes = 0;
     while (text != end) {
-        if (static_cast<std::size_t>(end - text) >= kBlock && IsAsciiBlock(text)) {
+        const std::size_t units = static_cast<std::size_t>(end - text);
+        if (units >= kBlock && IsAsciiBlock(text)) {
             text += kBlock;
             bytes += kBlock;
-        } else if (IsPair(text, end)) {
-            text += 2;
-            bytes += 4;
-        } else {
-            bytes += *text < 0x80 ? 1u : *text < 0x800 ? 2u : 3u;
-            ++text;
+            continue;
+        }
+        for (const WCHAR* const stop = text + (units < kBlock ? units : kBlock); text < stop;
+             ++text) {
+            const std::uint32_t unit = *text;
+            bytes += 1u + (unit >= 0x80) + (unit >= 0x800);
+            // A pair takes four bytes in all.
+            if (IsSurrogate(unit) && IsPair(text, end)) {
+                ++bytes;
+                ++text;
+            }
         }
     }
     return bytes;
@@ -83,11 +90,16 @@ bool PutCut(const char* bytes, std::size_t size, char*& out, char* limit) noexce
 char* Write(const WCHAR* text, const WCHAR* end, char* out, char* limit) noexcept {
     while (text != end) {
         const std::size_t room = static_cast<std::size_t>(limit - out);
-        if (room >= kBlock && static_cast<std::size_t>(end - text) >= kBlock &&
-            IsAsciiBlock(text)) {
+        const std::size_t units = static_cast<std::size_t>(end - text);
+        if (room >= kBlock && units >= kBlock && IsAsciiBlock(text)) {
             for (std::size_t i = 0; i < kBlock; ++i) out[i] = Byte(text[i]);
             text += kBlock;
             out += kBlock;
+        } else if (room >= kBlock * kMaxBytes && units >= kBlock) {
+            // A pair may begin with the last unit of the block, so it ends up to one behind it.
+            for (const WCHAR* const stop = text + kBlock; text < stop;) {
+                out = EncodeOne(text, end, out);
+            }
         } else if (room >= kMaxBytes) {
             out = EncodeOne(text, end, out);
         } else {
