@@ -31,7 +31,8 @@ public:
     /// Needs kAccessWrite, and lengthens the file. \return kStatusFailure for a short write.
     [[nodiscard]] Status Write(const void* data, std::int64_t length,
                                std::int64_t& count) noexcept override;
-    /// Needs kAccessWrite. \return kStatusInternalError if less was written than was read.
+    /// Needs kAccessWrite. \return kStatusInternalError if less was written than was read, whatever
+    /// the reason.
     [[nodiscard]] Status CopyFrom(Stream& source, SeekMode mode, std::int64_t offset,
                                   std::int64_t length, std::int64_t& count) noexcept override;
     /// Needs kAccessWrite.

@@ -9,10 +9,13 @@ namespace {
 
 constexpr std::int64_t kBuffer = 4096;
 
-// What is left of the result of a write after a read that gave `wanted` bytes.
-Status WriteResult(Status status, std::int64_t written, std::int64_t wanted) noexcept {
-    if (written < wanted) return IsFailure(status) ? status : kStatusInternalError;
-    return status;
+// Writes all of the buffer. A write that takes less is told by this one status, whatever it was.
+Status WriteWhole(Stream& target, const char* buffer, std::int64_t length,
+                  std::int64_t& count) noexcept {
+    std::int64_t written = 0;
+    (void)target.Write(buffer, length, written);
+    count += written;
+    return written == length ? kStatusOk : kStatusInternalError;
 }
 
 }  // namespace
@@ -22,11 +25,10 @@ Status FileStream::CopyFromOther(Stream& source, std::int64_t length, char* buff
     while (count < length) {
         std::int64_t taken = 0;
         const Status readStatus = source.Read(buffer, std::min(length - count, kBuffer), taken);
-        std::int64_t written = 0;
-        const Status status = WriteResult(Write(buffer, taken, written), written, taken);
-        count += written;
+        const Status status = WriteWhole(*this, buffer, taken, count);
         if (IsFailure(status)) return status;
         if (IsFailure(readStatus)) return readStatus;
+        if (taken == 0) return kStatusInternalError;  // A source that says neither more nor end.
     }
     return kStatusOk;
 }
@@ -46,11 +48,11 @@ Status FileStream::CopyWithin(Stream& source, std::int64_t start, std::int64_t l
         status = source.ReadAt(buffer, chunk, SeekMode::Start, start + at, taken);
         if (!IsFailure(status) && taken < chunk) status = kStatusInternalError;
         if (IsFailure(status)) break;
-        std::int64_t written = 0;
         position = target + at;
-        status = WriteResult(Write(buffer, chunk, written), written, chunk);
-        count += written;
+        status = WriteWhole(*this, buffer, chunk, count);
     }
+    // What a broken copy from behind has moved is nothing to go on from.
+    if (IsFailure(status) && isBackward) count = 0;
     (void)source.Seek(SeekMode::Start, start + count);
     position = target + count;
     if (IsFailure(status)) return status;

@@ -140,7 +140,8 @@ public:
 
     /// Compares bytes of two streams, which may be one stream. Both positions stay.
     /// \return 1 if they are equal (a length below 1 too), 0 or 2 if this stream's first byte that
-    ///         differs is smaller or larger; kStatusInternalError if one ends too early.
+    ///         differs is smaller or larger; as Seek for an offset outside; kStatusInternalError if
+    ///         one gives fewer bytes.
     [[nodiscard]] virtual Status CompareRange(std::int64_t length, std::int64_t ownOffset,
                                               Stream& other, std::int64_t otherOffset) noexcept;
 
