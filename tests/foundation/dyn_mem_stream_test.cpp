@@ -47,4 +47,93 @@ TEST(DynMemStream, GrowsByItsRule) {
     }
 }
 
+TEST(DynMemStream, StaysAsItWasWhenMemoryRunsOut) {
+    AUX::testing::AllocationWatch watch;
+    {
+        DynMemStream stream;
+        watch.FailOnce(1);  // The store.
+        EXPECT_EQ(stream.Open(0, -2), kStatusInsufficientMemory);
+        watch.FailOnce(2);  // The block.
+        EXPECT_EQ(stream.Open(0, -2), kStatusInsufficientMemory);
+        EXPECT_FALSE(stream.IsOpen());
+        EXPECT_EQ(stream.Open(-1, 0), kStatusInvalidArgument);
+        EXPECT_EQ(stream.Open(0, INT64_MAX), kStatusInsufficientMemory);
+        ASSERT_EQ(stream.Open(0, -2), kStatusOk);
+        std::int64_t count = 0;
+        ASSERT_EQ(stream.Write("abc", 3, count), kStatusOk);
+        const std::vector<char> large(5000, 'x');
+        DynMemStream source;
+        ASSERT_EQ(source.Open(5000, 0), kStatusOk);
+
+        watch.FailFrom(1);
+        EXPECT_EQ(stream.Write(large.data(), 5000, count), kStatusInsufficientMemory);
+        EXPECT_EQ(count, 0);
+        EXPECT_EQ(stream.SetSize(5000), kStatusInsufficientMemory);
+        EXPECT_EQ(stream.CopyFrom(source, SeekMode::Start, 0, 5000, count),
+                  kStatusInsufficientMemory);
+        EXPECT_EQ(stream.Compact(), kStatusInsufficientMemory);
+        watch.FailNone();
+        for (const std::int64_t size : {INT64_MAX, INT64_MAX - 4096, INT64_MAX / 2 + 2}) {
+            EXPECT_EQ(stream.SetSize(size), kStatusInsufficientMemory);
+            EXPECT_EQ(stream.Write("x", size, count), kStatusInsufficientMemory);
+            EXPECT_EQ(stream.CopyFrom(source, SeekMode::Start, 0, size, count),
+                      kStatusInsufficientMemory);
+        }
+        EXPECT_EQ(stream.GetSize(), 3);
+        EXPECT_EQ(stream.GetPosition(), 3);
+        EXPECT_EQ(stream.GetAllocated(), 4096);
+        EXPECT_EQ(std::memcmp(stream.GetData(), "abc", 3), 0);
+    }
+    EXPECT_EQ(watch.LiveBlocks(), 0);
+}
+
+TEST(DynMemStream, WritesItsOwnBytes) {
+    DynMemStream stream;
+    ASSERT_EQ(stream.Open(0, 0), kStatusOk);
+    const std::vector<char> first(4000, 'x');
+    std::int64_t count = 0;
+    ASSERT_EQ(stream.Write(first.data(), 4000, count), kStatusOk);
+    ASSERT_EQ(stream.Write(stream.GetData(), 4000, count), kStatusOk);  // The block moves.
+    EXPECT_EQ(std::string(static_cast<const char*>(stream.GetData()), 8000),
+              std::string(8000, 'x'));
+}
+
+TEST(DynMemStream, NewBytesAreZero) {
+    DynMemStream stream;
+    std::int64_t count = 0;
+    ASSERT_EQ(stream.Open(0, 0), kStatusOk);
+    ASSERT_EQ(stream.Write("secret", 6, count), kStatusOk);
+    const std::unique_ptr<Stream> clone = stream.Clone();
+    ASSERT_NE(clone, nullptr);
+    ASSERT_EQ(clone->SetSize(1), kStatusOk);
+    ASSERT_EQ(stream.Write("!", 1, count), kStatusOk);  // Behind what the clone cut off.
+    EXPECT_EQ(std::memcmp(stream.GetData(), "s\0\0\0\0\0!", 7), 0);
+    char few[] = {'a', 'b'};
+    DynMemStream source;
+    ASSERT_EQ(source.Open(0, 0), kStatusOk);
+    ASSERT_EQ(source.Write(few, 2, count), kStatusOk);
+    ASSERT_EQ(stream.SetSize(0), kStatusOk);
+    EXPECT_EQ(stream.CopyFrom(source, SeekMode::Start, 0, 4, count), kStatusEndOfData);
+    EXPECT_EQ(count, 2);
+    EXPECT_EQ(stream.GetSize(), 4);
+    EXPECT_EQ(std::memcmp(stream.GetData(), "ab\0\0", 4), 0);
+}
+
+TEST(DynMemStream, CompactsToItsContent) {
+    DynMemStream stream;
+    std::int64_t count = 0;
+    ASSERT_EQ(stream.Open(0, 0), kStatusOk);
+    EXPECT_EQ(stream.Compact(), kStatusOk);
+    EXPECT_EQ(stream.GetAllocated(), 4);
+    ASSERT_EQ(stream.Write("abcdefg", 7, count), kStatusOk);
+    EXPECT_EQ(stream.GetAllocated(), 8192);
+    EXPECT_EQ(stream.Compact(), kStatusOk);
+    EXPECT_EQ(stream.GetAllocated(), 7);
+    EXPECT_EQ(std::memcmp(stream.GetData(), "abcdefg", 7), 0);
+    EXPECT_EQ(stream.SetAccess(kAccessRead | 8), kStatusOk);
+    EXPECT_EQ(stream.GetAccess(), kAccessRead);
+    EXPECT_EQ(stream.Write("h", 1, count), kStatusOk);
+    EXPECT_EQ(stream.CopyFrom(stream, SeekMode::Start, 0, 1, count), kStatusInvalidAccessMode);
+}
+
 }  // namespace
