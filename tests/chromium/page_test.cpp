@@ -183,6 +183,38 @@ TEST_F(PageTest, ServesAndRefusesRequestsOfEveryFrame) {
     EXPECT_EQ(*sheet, "/* note */ p { color: rgb(1, 2, 3) }");
 }
 
+TEST_F(PageTest, SetsUpFramesOfOtherSitesBeforeTheyRun) {
+    const auto filter = RequestFilter::Install(*browser_, [](const Request& request) {
+        if (request.url.starts_with("file:")) return Answer::Continue();
+        Answer answer;
+        answer.kind = Answer::Kind::Serve;
+        answer.headers = {{"Content-Type", "text/html"}};
+        answer.body = "<p id=p>inner</p><script>p.textContent = 'ran'; alert(1)</script>";
+        return answer;
+    });
+    ASSERT_TRUE(filter) << filter.GetError().text;
+    const fs::path file =
+        fs::temp_directory_path() / ("frame-" + std::to_string(getpid()) + ".html");
+    std::ofstream(file) << "<iframe src='http://other.example/'></iframe>";
+    for (const Scripts scripts : {Scripts::Off, Scripts::On}) {
+        PageOptions options;
+        options.scripts = scripts;
+        const auto page = MakePage(options);
+        const auto loaded = page->Open("file://" + file.string());
+        ASSERT_TRUE(loaded) << loaded.GetError().text;
+        EXPECT_EQ(*loaded, Loaded::Whole);
+        const auto frames = page->Frames();
+        ASSERT_TRUE(frames);
+        ASSERT_EQ(frames->size(), 2u);
+        EXPECT_EQ(frames->back().url, "http://other.example/");
+        EXPECT_NE(frames->back().session, page->Session()) << "the case that is to be tested";
+        const auto inner = page->Evaluate("p.textContent", &frames->back());
+        ASSERT_TRUE(inner) << inner.GetError().text;
+        EXPECT_EQ(inner->Text(), scripts == Scripts::On ? "ran" : "inner");
+    }
+    fs::remove(file);
+}
+
 TEST_F(PageTest, PrintsAtTheGivenWidthAndAgainstPageRules) {
     const auto page = MakePage();
     ASSERT_TRUE(page->Open(DataUrl("<style>@page{size:100mm 50mm;margin:30mm}</style><p>x")));
