@@ -81,13 +81,6 @@ std::size_t Json::Size() const noexcept {
     return IsObject() || IsArray() ? TreeOf(node_).size() : 0;
 }
 
-std::vector<std::string> Json::Names() const {
-    std::vector<std::string> names;
-    if (!IsObject()) return names;
-    for (const auto& member : TreeOf(node_).items()) names.push_back(member.key());
-    return names;
-}
-
 const std::string& Json::Text() const noexcept {
     static const std::string kEmpty;
     return IsText() ? TreeOf(node_).get_ref<const std::string&>() : kEmpty;

@@ -8,7 +8,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "chromium/result.h"
 
@@ -37,8 +36,6 @@ public:
     [[nodiscard]] Json At(std::size_t index) const;
     /// The number of members or elements; 0 for anything else.
     [[nodiscard]] std::size_t Size() const noexcept;
-    /// The members' names of an object.
-    [[nodiscard]] std::vector<std::string> Names() const;
 
     /// The text, UTF-8; empty if this is none. Valid as long as the tree.
     [[nodiscard]] const std::string& Text() const noexcept;

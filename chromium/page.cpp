@@ -9,6 +9,7 @@ namespace {
 constexpr double kPointsPerInch = 72;
 constexpr Milliseconds kCloseLimit{2'000};
 constexpr const char* kWorldName = "quvada";
+constexpr const char* kCrashed = "The page's process crashed.";
 
 Params AutoAttach() {
     return Params()
@@ -119,7 +120,7 @@ void Page::OnAttached(const Json& params) {
 }
 
 Result<Json> Page::Call(std::string_view method, const Params& params, Milliseconds limit) {
-    if (crashed_) return Error{"The page's process crashed."};
+    if (crashed_) return Error{kCrashed};
     return browser_.Call(session_, method, params, limit);
 }
 
@@ -156,11 +157,23 @@ Result<Loaded> Page::Open(const std::string& url, Milliseconds limit) {
     return Loaded::Part;
 }
 
-Result<Json> Page::RunScript(const std::string& session, Params params, std::string_view script,
-                             Milliseconds limit) {
-    if (crashed_) return Error{"The page's process crashed."};
-    params.Text("expression", script).Flag("returnByValue", true).Flag("awaitPromise", true);
-    const Result<Json> reply = browser_.Call(session, "Runtime.evaluate", params, limit);
+Result<Json> Page::Evaluate(std::string_view script, const Frame* frame, Milliseconds limit) {
+    if (crashed_) return Error{kCrashed};
+    const std::string& session = frame ? frame->session : session_;
+    // Asked for each time: the world goes with its document, and its name finds it again.
+    const Result<Json> world = browser_.Call(
+        session, "Page.createIsolatedWorld",
+        Params().Text("frameId", frame ? frame->id : mainFrame_).Text("worldName", kWorldName),
+        limit);
+    if (!world) return world.GetError();
+    const Result<Json> reply =
+        browser_.Call(session, "Runtime.evaluate",
+                      Params()
+                          .Number("contextId", (*world)["executionContextId"].Number())
+                          .Text("expression", script)
+                          .Flag("returnByValue", true)
+                          .Flag("awaitPromise", true),
+                      limit);
     if (!reply) {
         // A script that never ends would block every later call.
         browser_.Post(session, "Runtime.terminateExecution");
@@ -171,23 +184,6 @@ Result<Json> Page::RunScript(const std::string& session, Params params, std::str
                      thrown["exception"]["description"].Text()};
     }
     return (*reply)["result"]["value"];
-}
-
-Result<Json> Page::Evaluate(std::string_view script, const Frame* frame, Milliseconds limit) {
-    const std::string& session = frame ? frame->session : session_;
-    if (crashed_) return Error{"The page's process crashed."};
-    // Asked for each time: the world goes with its document, and its name finds it again.
-    const Result<Json> world = browser_.Call(
-        session, "Page.createIsolatedWorld",
-        Params().Text("frameId", frame ? frame->id : mainFrame_).Text("worldName", kWorldName),
-        limit);
-    if (!world) return world.GetError();
-    return RunScript(session, Params().Number("contextId", (*world)["executionContextId"].Number()),
-                     script, limit);
-}
-
-Result<Json> Page::EvaluateAsPage(std::string_view script, Milliseconds limit) {
-    return RunScript(session_, {}, script, limit);
 }
 
 Result<std::vector<Frame>> Page::Frames(Milliseconds limit) {

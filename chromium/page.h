@@ -61,9 +61,6 @@ public:
     Result<Json> Evaluate(std::string_view script, const Frame* frame = nullptr,
                           Milliseconds limit = kCallLimit);
 
-    /// Runs a script as one of the page's own would.
-    Result<Json> EvaluateAsPage(std::string_view script, Milliseconds limit = kCallLimit);
-
     /// The page and its frames, each behind the frame around it where one session holds both.
     Result<std::vector<Frame>> Frames(Milliseconds limit = kCallLimit);
 
@@ -94,8 +91,6 @@ private:
     Page(Browser& browser, const PageOptions& options);
 
     Outcome Attach();
-    Result<Json> RunScript(const std::string& session, Params params, std::string_view script,
-                           Milliseconds limit);
     void OnEvent(const Event& event) override;
     void OnAttached(const Json& params);
     bool Owns(const std::string& session) const;

@@ -1,3 +1,5 @@
+#include "chromium/private_folder.h"
+
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -6,13 +8,12 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <ftw.h>
+#include <string_view>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 #include <utility>
-
-#include "chromium/browser_process.h"
 
 namespace chromium {
 namespace {

@@ -112,7 +112,7 @@ TEST_F(PageTest, GetsPastDialogsEndlessScriptsAndCrashes) {
     ASSERT_TRUE(asked) << asked.GetError().text;
     EXPECT_EQ(Text(*page, "document.title"), "true");
 
-    const auto endless = page->EvaluateAsPage("for (;;) {}", Milliseconds(500));
+    const auto endless = page->Evaluate("for (;;) {}", nullptr, Milliseconds(500));
     EXPECT_FALSE(endless);
     EXPECT_EQ(Text(*page, "document.title"), "true");
 
