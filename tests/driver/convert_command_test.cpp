@@ -46,6 +46,10 @@ constexpr CaptureOperations kCaptures{CapturePage, CaptureSelectionMarkup};
 
 WideString Wide(const AUX::WString& text) { return WideString(AUX::WStringView(text)); }
 
+std::string Utf16Bytes(const WideString& text) {
+    return {reinterpret_cast<const char*>(text.data()), text.size() * 2};
+}
+
 class ConvertCommandTest : public testing::Test {
 protected:
     void SetUp() override {
@@ -238,6 +242,34 @@ TEST_F(ConvertCommandTest, AFailedLaunchRemovesWhatWasWritten) {
     EXPECT_TRUE(job_.AskOutputFile);
     EXPECT_EQ(job_.SuggestedName, TEXT("ABc d"));
     EXPECT_TRUE(job_.Items[0]->OutputFile.IsEmpty());
+}
+
+TEST_F(ConvertCommandTest, AStartedConverterFindsTheJobAndOwnsItsFiles) {
+    // Another process, started from the folder of the tests' modules.
+    ASSERT_TRUE(AttachModule(browserModule_.Get()));
+    const WideString fetched = profile_.Path(TEXT("fetched"));
+    platform::testing::SetEnvironment("QUVADA_FETCHED_BLOCK", platform::ToUtf8(fetched).c_str());
+    for (const bool isProtected : {false, true}) {
+        ForgetProtectedModeAnswer();
+        driver_test::SetProtectedAnswer(isProtected ? "1" : "0");
+        captures.pageWorks = true;
+        captures.pagePath = profile_.TempFolder() + TEXT("qvd_1.html");
+        ASSERT_TRUE(WriteWholeFile(captures.pagePath, "page"));
+        SaveDialogScript dialog(output_);
+        EXPECT_EQ(Run(), 0);
+        ASSERT_EQ(platform::testing::WaitForStartedPrograms(60000, nullptr),
+                  platform::testing::Programs::Ended);
+        const std::string block = test_support::ReadWholeFile(fetched);
+        ASSERT_GT(block.size(), 70u);
+        EXPECT_EQ(block[4], 12);
+        const std::string source = Utf16Bytes(captures.pagePath);
+        EXPECT_NE(block.find(source + std::string(4, '\0')), std::string::npos);
+        EXPECT_EQ(block.find(Utf16Bytes(output_)) != std::string::npos, !isProtected);
+        EXPECT_TRUE(Exists(captures.pagePath));
+        EXPECT_EQ(Exists(settings_.StorageFile.Text()), isProtected);
+        ASSERT_TRUE(DeleteFileW(fetched.c_str()));
+    }
+    platform::testing::SetEnvironment("QUVADA_FETCHED_BLOCK", nullptr);
 }
 
 TEST_F(ConvertCommandTest, AFailedStorageRemovesTheCapturedPage) {
