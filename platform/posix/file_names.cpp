@@ -27,8 +27,6 @@ void FlushFolderOf(const std::string& host) noexcept {
 DWORD ErrorOfReplacing(const struct stat& source, const std::string& target, DWORD flags) noexcept {
     struct stat status {};
     if (lstat(target.c_str(), &status) != 0) return ERROR_SUCCESS;
-    // A change of the spelling, or a move onto itself.
-    if (status.st_dev == source.st_dev && status.st_ino == source.st_ino) return ERROR_SUCCESS;
     if (!(flags & MOVEFILE_REPLACE_EXISTING)) return ERROR_ALREADY_EXISTS;
     const bool mayBeReplaced = !S_ISDIR(status.st_mode) && !S_ISDIR(source.st_mode) &&
                                !IsReadOnly(status) && !IsHeldAgainstDeletion(target);
@@ -66,6 +64,7 @@ BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags) noexcept {
     struct stat status {};
     if (lstat(source.c_str(), &status) != 0) return FailPath(source);
     if (IsHeldAgainstDeletion(source)) return Fail(ERROR_SHARING_VIOLATION);
+    if (source == target) return TRUE;
     if (const DWORD error = ErrorOfReplacing(status, target, flags)) return Fail(error);
     if (const DWORD error = MoveChecked(source, status, target, flags)) return Fail(error);
     if (flags & MOVEFILE_WRITE_THROUGH) FlushFolderOf(target);

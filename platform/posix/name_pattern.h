@@ -4,9 +4,8 @@
 
 namespace platform {
 
-/// Whether a file name matches a search pattern: `*` stands for any text, `?` for one character or,
-/// at the end, for none; `*.*` is every name, and a pattern that ends in a full stop wants names
-/// without one.
+/// Whether a file name matches a search pattern: `*` stands for any text, `?` for one unit (Windows
+/// lets it also stand for none before a full stop and at the end), `*.*` for every name.
 [[nodiscard]] bool MatchesPattern(WideView name, WideView pattern) noexcept;
 
 }  // namespace platform

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/files.h"
+#include "platform/modules.h"
 #include "platform/shell.h"
 #include "platform/testing.h"
 
@@ -98,6 +99,11 @@ void RemoveTree(const WideString& folder) {
         }
     }
     RemoveDirectoryW(WideString(folder).substr(0, folder.size() - 1).c_str());
+}
+
+bool RunsUnderWine() {
+    const HMODULE ntdll = GetModuleHandleW(TEXT("ntdll.dll"));
+    return ntdll && GetProcAddress(ntdll, "wine_get_version");
 }
 
 }  // namespace test_support

@@ -39,4 +39,8 @@ std::vector<platform::WideString> ListFolder(const platform::WideString& folder)
 /// Removes a folder with all below it, read-only files too; links are removed and not followed.
 void RemoveTree(const platform::WideString& folder);
 
+/// Whether the system is Wine, which differs from Windows here and there
+/// (docs/platform-differences.md).
+bool RunsUnderWine();
+
 }  // namespace test_support
