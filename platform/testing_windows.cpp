@@ -32,8 +32,20 @@ std::string VariableOf(const char* name) {
     return value ? value : "";
 }
 
-bool IsOurChild(const PROCESSENTRY32W& entry) {
-    return entry.th32ParentProcessID == GetCurrentProcessId();
+/// Whether the system itself lives in the process: the desktop's own programs are started by
+/// whoever comes first and never end.
+bool IsPartOfTheSystem(HANDLE process) {
+    WCHAR folder[MAX_PATH];
+    WCHAR image[MAX_PATH];
+    DWORD size = MAX_PATH;
+    const UINT length = GetWindowsDirectoryW(folder, MAX_PATH);
+    if (!QueryFullProcessImageNameW(process, 0, image, &size) || size < length) return false;
+    return CompareStringOrdinal(image, static_cast<int>(length), folder, static_cast<int>(length),
+                                TRUE) == CSTR_EQUAL;
+}
+
+bool IsRunning(HANDLE process) {
+    return process && WaitForSingleObject(process, 0) == WAIT_TIMEOUT;
 }
 
 /// A running program that this process started; the newest of several.
@@ -44,10 +56,10 @@ KernelHandle FindChild() {
     entry.dwSize = sizeof entry;
     for (BOOL more = Process32FirstW(snapshot.Get(), &entry); more;
          more = Process32NextW(snapshot.Get(), &entry)) {
-        if (!IsOurChild(entry)) continue;
+        if (entry.th32ParentProcessID != GetCurrentProcessId()) continue;
         constexpr DWORD kAccess = SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION;
         KernelHandle process(OpenProcess(kAccess, FALSE, entry.th32ProcessID));
-        if (process && WaitForSingleObject(process.Get(), 0) == WAIT_TIMEOUT)
+        if (IsRunning(process.Get()) && !IsPartOfTheSystem(process.Get()))
             child = std::move(process);
     }
     return child;
