@@ -44,11 +44,13 @@ function(add_component name)
     target_link_libraries(qvd_${name} PUBLIC qvd_flags ${arg_DEPENDS} ${arg_LIBRARIES})
 endfunction()
 
-# add_component_tests(name SOURCES file... DEPENDS component... LIBRARIES target... NEEDS target...)
+# add_component_tests(name SOURCES file... DEPENDS component... LIBRARIES target... NEEDS target...
+#                     LOCK thing)
 # Makes the test program <name>_tests; its tests carry the label <name>. NEEDS are programs and
-# modules that the tests start or load.
+# modules that the tests start or load. Tests with the same LOCK never run at the same time: Windows
+# has one name space for the objects of all processes.
 function(add_component_tests name)
-    cmake_parse_arguments(arg "" "" "SOURCES;DEPENDS;LIBRARIES;NEEDS" ${ARGN})
+    cmake_parse_arguments(arg "" "LOCK" "SOURCES;DEPENDS;LIBRARIES;NEEDS" ${ARGN})
     if(NOT QUVADA_TESTS)
         return()
     endif()
@@ -59,7 +61,10 @@ function(add_component_tests name)
     if(arg_NEEDS)
         add_dependencies(${name}_tests ${arg_NEEDS})
     endif()
+    if(arg_LOCK)
+        set(lock RESOURCE_LOCK ${arg_LOCK})
+    endif()
     gtest_discover_tests(${name}_tests
         DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
-        PROPERTIES LABELS ${name} TIMEOUT 120)
+        PROPERTIES LABELS ${name} TIMEOUT 120 ${lock})
 endfunction()

@@ -9,8 +9,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "child_process.h"
 #include "platform/memory.h"
+#include "tests/platform/child_process.h"
 
 namespace platform {
 namespace {

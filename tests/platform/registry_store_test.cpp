@@ -15,11 +15,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "child_process.h"
 #include "platform/posix/profile.h"
 #include "platform/profile.h"
 #include "platform/registry.h"
 #include "platform/scope_exit.h"
+#include "tests/platform/child_process.h"
 
 namespace platform {
 namespace {
