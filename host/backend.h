@@ -15,6 +15,8 @@ struct LoadRequest {
     std::chrono::milliseconds timeout{};
     /// Called now and then with what is going on, in a few words; may be empty.
     std::function<void(const std::string&)> progress;
+    /// Called when the page is there, but not as it should be; may be empty.
+    std::function<void(const std::string&)> warning;
 };
 
 /// Where pages come from. One page at a time, on the thread of the caller; what a backend started

@@ -16,7 +16,7 @@ using chromium::Milliseconds;
 using chromium::Result;
 
 // What a page that is loaded may take to answer, even when its time for loading is used up.
-constexpr Milliseconds kReadLimit{10'000};
+constexpr Milliseconds kReadLimit{5'000};
 
 constexpr char kReadScript[] = R"js((() => {
     const height = e => e ? e.scrollHeight : null;
@@ -54,7 +54,11 @@ public:
         Tell("loading " + request_.address.url);
         const auto loaded = (*page)->Open(request_.address.url, Left());
         if (!loaded) return Fail(loaded.GetError().text);
-        if (*loaded == chromium::Loaded::Part) Tell("a part of the page did not arrive in time");
+        if (*loaded == chromium::Loaded::Part) {
+            if (request_.warning) request_.warning("a part of the page did not arrive in time");
+            // A script that never ends would keep the page from being read.
+            (void)(*page)->Call("Runtime.terminateExecution", {}, kReadLimit);
+        }
 
         Tell("reading the page");
         const Result<chromium::Json> read =

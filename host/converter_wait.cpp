@@ -12,9 +12,10 @@ namespace {
 using platform::testing::Programs;
 using std::chrono::milliseconds;
 
-// No program's code: programs have 0 to 255 natively, and Windows' status codes are no multiple of
-// it.
-constexpr DWORD kNoCode = 0xFFFFFFFE;
+// STILL_ACTIVE: what no program ends with.
+constexpr DWORD kNoCode = 259;
+// A program that a signal has ended has this and the signal's number, as in a shell.
+constexpr DWORD kKilled = 128;
 constexpr milliseconds kSlice{100};
 
 struct Ending {
@@ -22,13 +23,15 @@ struct Ending {
     DWORD code = kNoCode;
 };
 
-/// In slices, so that a signal is noticed.
+/// In slices, so that a signal is noticed; but where the code of a program that ends between two of
+/// them would be lost, in one.
 Ending WaitFor(milliseconds limit) {
+    const milliseconds part = platform::testing::kOwnsTheSystem ? std::min(limit, kSlice) : limit;
     const auto until = std::chrono::steady_clock::now() + limit;
     Ending ending;
     do {
-        const auto slice = static_cast<DWORD>(std::min(limit, kSlice).count());
-        ending.programs = platform::testing::WaitForStartedPrograms(slice, &ending.code);
+        ending.programs = platform::testing::WaitForStartedPrograms(
+            static_cast<DWORD>(part.count()), &ending.code);
     } while (ending.programs == Programs::StillRunning && !Interrupted() &&
              std::chrono::steady_clock::now() < until);
     return ending;
@@ -56,12 +59,16 @@ ExitCode WaitForResult(milliseconds timeout, Progress& progress) {
     }
     if (NothingStarted(ending)) return SayNothingStarted(progress);
     if (ending.code == 0 || ending.code == kNoCode) return ExitCode::Ok;
-    progress.Say("the converter failed with code " + std::to_string(ending.code));
+    if (platform::testing::kOwnsTheSystem && ending.code > kKilled) {
+        progress.Say("the converter was killed by signal " + std::to_string(ending.code - kKilled));
+    } else {
+        progress.Say("the converter failed with code " + std::to_string(ending.code));
+    }
     return ExitCode::ConverterFailed;
 }
 
-ExitCode WaitForFetch(Progress& progress) {
-    return NothingStarted(WaitFor(kFetchLimit)) ? SayNothingStarted(progress) : ExitCode::Ok;
+ExitCode WaitForFetch(milliseconds limit, Progress& progress) {
+    return NothingStarted(WaitFor(limit)) ? SayNothingStarted(progress) : ExitCode::Ok;
 }
 
 }  // namespace host

@@ -16,8 +16,8 @@ inline constexpr std::chrono::milliseconds kFetchLimit{5'000};
 /// \return Ok, CommandEnded when none was started, ConverterFailed, TimedOut or Interrupted.
 ExitCode WaitForResult(std::chrono::milliseconds timeout, Progress& progress);
 
-/// Waits until the converter has ended, at most kFetchLimit; its result does not count.
+/// Waits until the converter has ended, at most `limit`; its result does not count.
 /// \return Ok, or CommandEnded when none was started.
-ExitCode WaitForFetch(Progress& progress);
+ExitCode WaitForFetch(std::chrono::milliseconds limit, Progress& progress);
 
 }  // namespace host

@@ -9,9 +9,11 @@
 #include "host/backend_choice.h"
 #include "host/com_browser.h"
 #include "host/converter_wait.h"
+#include "host/hand_off_lock.h"
 #include "host/interrupt.h"
 #include "host/progress.h"
 #include "host/system.h"
+#include "platform/profile.h"
 #include "platform/testing.h"
 
 namespace host {
@@ -37,6 +39,9 @@ public:
         if (options_.profile && !UseProfile(PathFromUtf8(*options_.profile), error_)) {
             return Fail(ExitCode::Usage);
         }
+        // Only a warning: the add-in then works with the defaults, and what is stored stays.
+        std::string problem;
+        if (!platform::CheckProfile(problem)) progress_.Say("warning: " + problem);
         if (!LoadModules()) return Fail(ExitCode::NoAddin);
         if (!LoadPage()) return Fail(Interrupted() ? ExitCode::Interrupted : ExitCode::NoPage);
         return Press();
@@ -67,7 +72,6 @@ private:
 
     bool LoadModules() {
         const std::filesystem::path folder = ProgramFolder();
-        progress_.Step("loading the add-in");
         if (options_.isProtected && !LoadProtectedMode(folder / "modules", ieframe_, error_)) {
             return false;
         }
@@ -77,8 +81,9 @@ private:
     bool LoadPage() {
         const std::unique_ptr<Backend> backend = MakeBackend(options_);
         auto model = std::make_shared<DocumentModel>();
-        const LoadRequest request{address_, options_.timeout,
-                                  [this](const std::string& what) { progress_.Step(what); }};
+        LoadRequest request{address_, options_.timeout, {}, {}};
+        request.progress = [this](const std::string& what) { progress_.Step(what); };
+        request.warning = [this](const std::string& what) { progress_.Say("warning: " + what); };
         if (!backend->Load(request, *model, error_)) return false;
         model_ = std::move(model);
         return true;
@@ -90,6 +95,12 @@ private:
         if (!browser || !addin_.MakeBand(browser.Get(), nullptr, band, error_)) {
             return Fail(ExitCode::NoAddin);
         }
+        // A job in a file of its own gets in nobody's way.
+        HandOffLock turn;
+        if (!options_.isProtected && !turn.Take(options_.timeout, progress_)) {
+            error_ = "another conversion of this profile has not ended in time";
+            return Fail(Interrupted() ? ExitCode::Interrupted : ExitCode::CommandEnded);
+        }
         progress_.Step("starting the converter");
         if (Command(*band.Get()) != 0) return Fail(ExitCode::CommandEnded);
         // The job's memory lasts as long as the band.
@@ -97,17 +108,19 @@ private:
             progress_.Step("converting");
             return WaitForResult(options_.timeout, progress_);
         }
-        // A job in a file lasts by itself; here only a start that failed is to be noticed.
-        return WaitForFetch(progress_);
+        // A job in a file lasts by itself; then only a start that failed is to be noticed.
+        return WaitForFetch(options_.isProtected ? std::chrono::milliseconds(0) : kFetchLimit,
+                            progress_);
     }
 
     /// Presses the button, with the user's answers at hand. On failure `error_` says why.
     LRESULT Command(IAddinBand& band) {
         const platform::testing::MessageBoxRecorder messages;
         std::optional<platform::testing::SaveDialogScript> saved;
-        if (!output_.empty()) {
-            // In Protected Mode it is the converter that asks.
+        if (!output_.empty() && options_.isProtected) {
+            // Here it is the converter that asks.
             platform::testing::SetEnvironment("QUVADA_SAVE_AS", PathToUtf8(output_).c_str());
+        } else if (!output_.empty()) {
             saved.emplace(PlatformPath(output_));
         }
         const LRESULT result =

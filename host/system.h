@@ -27,6 +27,9 @@ std::filesystem::path ProgramFolder();
 /// To be called before anything of platform/ is. \return false, and `error`, if it cannot be used.
 [[nodiscard]] bool UseProfile(const std::filesystem::path& folder, std::string& error);
 
+/// The file by which hosts of one profile take turns, as a platform path. It stays when they end.
+platform::WideString HandOffLockPath();
+
 /// Whether the standard error output is a terminal.
 bool IsErrorTerminal();
 

@@ -44,6 +44,8 @@ bool UseProfile(const std::filesystem::path& folder, std::string& error) {
     return true;
 }
 
+platform::WideString HandOffLockPath() { return TEXT("C:\\quvada-host.lock"); }
+
 bool IsErrorTerminal() { return isatty(STDERR_FILENO) == 1; }
 
 }  // namespace host

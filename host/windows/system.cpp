@@ -40,6 +40,10 @@ bool UseProfile(const std::filesystem::path&, std::string& error) {
     return false;
 }
 
+platform::WideString HandOffLockPath() {
+    return (std::filesystem::temp_directory_path() / "quvada-host.lock").native();
+}
+
 bool IsErrorTerminal() { return _isatty(2) != 0; }
 
 }  // namespace host

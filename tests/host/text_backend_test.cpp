@@ -19,7 +19,7 @@ protected:
 
     bool LoadFile(const std::filesystem::path& path, LONG height = 0) {
         TextBackend backend(height);
-        return backend.Load({{FileUrl(path), path}, std::chrono::seconds(1), {}}, document_,
+        return backend.Load({{FileUrl(path), path}, std::chrono::seconds(1), {}, {}}, document_,
                             error_);
     }
 
@@ -63,7 +63,7 @@ TEST_F(TextBackendTest, SaysWhatIsWrong) {
     EXPECT_FALSE(error_.empty());
     error_.clear();
     TextBackend backend;
-    EXPECT_FALSE(backend.Load({{"http://site.example/", {}}, std::chrono::seconds(1), {}},
+    EXPECT_FALSE(backend.Load({{"http://site.example/", {}}, std::chrono::seconds(1), {}, {}},
                               document_, error_));
     EXPECT_FALSE(error_.empty());
 }
