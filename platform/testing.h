@@ -79,6 +79,7 @@ private:
 class InjectedFault {
 public:
     /// \param call   The name, such as "WriteFile"; "*" counts all calls that can be made to fail.
+    ///               Borrowed.
     /// \param nth    1 is the next such call.
     /// \param error  What GetLastError gives then, or the call's own result code.
     InjectedFault(const char* call, unsigned nth, DWORD error);

@@ -2,7 +2,6 @@
 
 #include <cstring>
 #include <mutex>
-#include <string>
 
 #include "platform/testing.h"
 
@@ -14,7 +13,7 @@ namespace {
 
 struct ArmedFault {
     std::mutex mutex;
-    std::string call;
+    const char* call = "";  // borrowed from the test for as long as the fault is armed
     unsigned left = 0;  // calls until the one that fails, that one included; 0 is none
     DWORD error = 0;
     bool hasFired = false;
@@ -26,7 +25,8 @@ constinit ArmedFault armed;
 
 bool HitFault(const char* call) noexcept {
     const std::lock_guard lock(armed.mutex);
-    if (armed.left == 0 || (armed.call != "*" && armed.call != call)) return false;
+    if (armed.left == 0) return false;
+    if (std::strcmp(armed.call, "*") != 0 && std::strcmp(armed.call, call) != 0) return false;
     if (--armed.left > 0) return false;
     armed.hasFired = true;
     SetLastError(armed.error);
