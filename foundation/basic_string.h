@@ -70,11 +70,11 @@ public:
     /// Makes the capacity at least `wanted`; the length stays.
     [[nodiscard]] bool Reserve(std::uint32_t wanted) noexcept;
 
-    /// Replaces the content with a formatted text: %d %i %u %o %x %X %c, a text as %ls (%s in an
-    /// AString), %f %e %g and their capitals, %%, each with flags, width and precision. Integers
-    /// take the size of their argument, so length letters change nothing. The locale is not asked:
-    /// the decimal sign is '.'. Format and arguments may be parts of this string. A literal that
-    /// does not fit its arguments does not compile.
+    /// Replaces the content with a formatted text: %d %i %u %x %X %f, a text as %ls (%s in an
+    /// AString), %%, each with width, precision and the flags '-', '+', ' ' and '0'. Integers take
+    /// the size of their argument, so length letters change nothing. The locale is not asked: the
+    /// decimal sign is '.'. Format and arguments may be parts of this string. A literal that does
+    /// not fit its arguments does not compile.
     template <class... Arguments>
     [[nodiscard]] bool Format(FormatText<Char, std::type_identity_t<Arguments>...> format,
                               const Arguments&... arguments) noexcept {

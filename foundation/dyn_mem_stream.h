@@ -18,13 +18,11 @@ public:
 class DynMemStream final : public BlockStream {
 public:
     /// Closes, and begins with `initialSize` bytes of 0.
-    /// \param growth  How the block grows. 1 or more: to a multiple of so many bytes. -1, -2, -3
-    /// and
+    /// \param growth  How the block grows. 1 or more: to a multiple of so many bytes. -1, -2, -3,
     ///                -4: by the whole, a half, a third and a quarter of what it has; a number
     ///                below stands for -4, and 0 for -2.
-    /// \return kStatusInvalidArgument for a negative size; kStatusInsufficientMemory, and the
-    /// stream
-    ///         is closed.
+    /// \return kStatusInvalidArgument for a negative size; kStatusInsufficientMemory. After a
+    ///         failure the stream is closed.
     [[nodiscard]] Status Open(std::int64_t initialSize, std::int64_t growth) noexcept;
 
     [[nodiscard]] Status Read(void* buffer, std::int64_t length,

@@ -46,9 +46,8 @@ public:
     WString path;
     std::uint64_t lastWriteTime = 0;  ///< In units of 100 nanoseconds since 1601.
     platform::FileHandle handle;
-    std::uint32_t lastReopen =
-        0;                     ///< GetTickCount of the last reopening, at first of construction.
-    std::uint32_t access = 0;  ///< Write alone is kept as read and write.
+    std::uint32_t lastReopen = 0;  ///< GetTickCount of the last reopening, or of construction.
+    std::uint32_t access = 0;      ///< Write alone is kept as read and write.
     DWORD share = 0;
 
 private:

@@ -1,10 +1,8 @@
 #include "foundation/file_stream.h"
 
 #include <algorithm>
-#include <cstring>
+#include <utility>
 
-#include "foundation/memory.h"
-#include "platform/scope_exit.h"
 #include "platform/sync.h"
 
 namespace AUX {
@@ -38,16 +36,20 @@ Status FileStream::NeedAccess(std::uint32_t access) const noexcept {
 
 Status FileStream::Open(const WCHAR* path, DWORD disposition, std::uint32_t access, DWORD share,
                         DWORD flags) noexcept {
+    // Copied first: the text may be the path of the file that is open, which closing forgets.
+    WString kept;
+    const bool isKept = kept.Assign(path);
     (void)Close();  // What became of the file before says nothing about the new one.
     if (!GetStore()) return kStatusInsufficientMemory;
     if (!(access & kAccessMask)) return kStatusInvalidAccessMode;
-    return OpenStore(path, {disposition, access, share, flags});
+    if (!isKept) return kStatusInsufficientMemory;
+    return OpenStore(std::move(kept), {disposition, access, share, flags});
 }
 
-Status FileStream::OpenStore(const WCHAR* path, const FileOpening& opening) noexcept {
+Status FileStream::OpenStore(WString path, const FileOpening& opening) noexcept {
     if (!event) event.Reset(CreateEventW(nullptr, TRUE, FALSE, nullptr));
     if (!event) return StatusFromFailedCall(GetLastError());
-    if (!File()->path.Assign(path)) return kStatusInsufficientMemory;
+    File()->path = std::move(path);
     if (const Status status = File()->OpenFile(opening)) {
         File()->path.Free();
         return status;
@@ -147,25 +149,6 @@ Status FileStream::SetSize(std::int64_t newSize) noexcept {
     store->allocated = newSize;
     position = std::min(position, newSize);
     return kStatusOk;
-}
-
-Status FileStream::CopyFrom(Stream& source, SeekMode mode, std::int64_t offset, std::int64_t length,
-                            std::int64_t& count) noexcept {
-    constexpr std::int64_t kBuffer = 4096;
-    count = 0;
-    if (!IsOpen()) return kStatusNotInitialized;
-    if (const Status status = NeedAccess(kAccessWrite)) return status;
-    if (length < 1) return kStatusOk;
-    char* const buffer =
-        static_cast<char*>(Alloc(static_cast<std::size_t>(std::min(length, kBuffer))));
-    if (!buffer) return kStatusInsufficientMemory;
-    const platform::ScopeExit freeBuffer([buffer] { Free(buffer); });
-    const std::int64_t target = position;
-    if (const Status status = source.Seek(mode, offset)) return status;
-    const std::int64_t start = source.GetPosition();
-    position = target;  // The source may be this very stream.
-    if (IsSameStore(source)) return CopyWithin(source, start, length, buffer, count);
-    return CopyFromOther(source, length, buffer, count);
 }
 
 Status FileStream::Compact() noexcept { return IsOpen() ? kStatusOk : kStatusNotInitialized; }

@@ -70,7 +70,7 @@ private:
     [[nodiscard]] DWORD ReadChunk(void* buffer, DWORD bytes, DWORD& moved) noexcept;
     [[nodiscard]] DWORD WriteChunk(const void* data, DWORD bytes, DWORD& moved) noexcept;
     [[nodiscard]] Status RecoverRead(bool& wasReopened) noexcept;
-    [[nodiscard]] Status OpenStore(const WCHAR* path, const FileOpening& opening) noexcept;
+    [[nodiscard]] Status OpenStore(WString path, const FileOpening& opening) noexcept;
     [[nodiscard]] Status Reopen(std::uint32_t access) noexcept;
     [[nodiscard]] Status CopyWithin(Stream& source, std::int64_t start, std::int64_t length,
                                     char* buffer, std::int64_t& count) noexcept;

@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "foundation/file_stream.h"
+#include "foundation/memory.h"
+#include "platform/scope_exit.h"
 
 namespace AUX {
 namespace {
@@ -19,6 +21,24 @@ Status WriteWhole(Stream& target, const char* buffer, std::int64_t length,
 }
 
 }  // namespace
+
+Status FileStream::CopyFrom(Stream& source, SeekMode mode, std::int64_t offset, std::int64_t length,
+                            std::int64_t& count) noexcept {
+    count = 0;
+    if (!IsOpen()) return kStatusNotInitialized;
+    if (const Status status = NeedAccess(kAccessWrite)) return status;
+    if (length < 1) return kStatusOk;
+    char* const buffer =
+        static_cast<char*>(Alloc(static_cast<std::size_t>(std::min(length, kBuffer))));
+    if (!buffer) return kStatusInsufficientMemory;
+    const platform::ScopeExit freeBuffer([buffer] { Free(buffer); });
+    const std::int64_t target = position;
+    if (const Status status = source.Seek(mode, offset)) return status;
+    const std::int64_t start = source.GetPosition();
+    position = target;  // The source may be this very stream.
+    if (IsSameStore(source)) return CopyWithin(source, start, length, buffer, count);
+    return CopyFromOther(source, length, buffer, count);
+}
 
 Status FileStream::CopyFromOther(Stream& source, std::int64_t length, char* buffer,
                                  std::int64_t& count) noexcept {

@@ -1,6 +1,7 @@
 // Opening a file once more: after its network path was lost, with other access, under another name.
 
 #include <cstring>
+#include <utility>
 
 #include "foundation/file_stream.h"
 #include "platform/scope_exit.h"
@@ -40,14 +41,15 @@ Status FileStream::Reopen(std::uint32_t access) noexcept {
     const std::uint32_t oldAccess = File()->access;
     if (access == oldAccess) return kStatusOk;
     WString path;
-    if (!path.Assign(File()->path)) return kStatusInsufficientMemory;
+    WString samePath;
+    if (!path.Assign(File()->path) || !samePath.Assign(path)) return kStatusInsufficientMemory;
     if (const Status status = ReleaseMapping(); IsFailure(status)) return status;
     FileOpening opening{OPEN_EXISTING, access, File()->share, FILE_ATTRIBUTE_NORMAL};
     (void)Close();
-    const Status status = OpenStore(path.Text(), opening);
+    const Status status = OpenStore(std::move(path), opening);
     if (!IsFailure(status)) return status;
     opening.access = oldAccess;
-    const Status second = OpenStore(path.Text(), opening);
+    const Status second = OpenStore(std::move(samePath), opening);
     return IsFailure(second) ? second : status;
 }
 
@@ -69,7 +71,7 @@ Status FileStream::Rename(const WCHAR* newPath) noexcept {
     Status status = kStatusFailedToInitialize;
     for (int attempt = 1; attempt <= kAttempts; ++attempt) {
         if (MoveFileExW(oldPath.Text(), target.Text(), kMove)) {
-            status = OpenStore(target.Text(), opening);
+            status = OpenStore(std::move(target), opening);
             break;
         }
         const DWORD error = GetLastError();
@@ -77,8 +79,8 @@ Status FileStream::Rename(const WCHAR* newPath) noexcept {
         if (error != ERROR_ACCESS_DENIED && error != ERROR_SHARING_VIOLATION) break;
         if (attempt < kAttempts) Sleep(kPauseMs);
     }
-    if (IsFailure(status))
-        (void)OpenStore(oldPath.Text(), opening);  // The rename's failure counts.
+    // The rename's failure counts.
+    if (IsFailure(status)) (void)OpenStore(std::move(oldPath), opening);
     return status;
 }
 

@@ -34,14 +34,13 @@ private:
 
 // A number in its parts, in the order of printing.
 struct NumberParts {
-    std::string_view prefix;  // A sign, or 0x.
+    std::string_view sign;
     std::uint64_t zeros = 0;  // In front of the digits.
     std::string_view digits;
     std::uint64_t moreZeros = 0;  // Decimals beyond what a double can hold.
-    std::string_view exponent;
 
     [[nodiscard]] std::uint64_t Length() const noexcept {
-        return prefix.size() + zeros + digits.size() + moreZeros + exponent.size();
+        return sign.size() + zeros + digits.size() + moreZeros;
     }
 };
 
@@ -59,11 +58,10 @@ void PutNumber(Sink<Char>& sink, const FormatConversion& conversion, bool mayFil
         blanks = 0;
     }
     if (!conversion.isLeft) sink.Fill(Char(' '), blanks);
-    sink.Put(parts.prefix);
+    sink.Put(parts.sign);
     sink.Fill(Char('0'), parts.zeros);
     sink.Put(parts.digits);
     sink.Fill(Char('0'), parts.moreZeros);
-    sink.Put(parts.exponent);
     if (conversion.isLeft) sink.Fill(Char(' '), blanks);
 }
 
@@ -95,21 +93,16 @@ void PutInteger(Sink<Char>& sink, const FormatConversion& conversion,
     } else if (!argument.isWide) {
         value = static_cast<std::uint32_t>(value);
     }
-    char digits[24];  // 2^64 has 22 octal digits.
-    const bool isHex = conversion.type == 'x' || conversion.type == 'X';
-    const int base = isHex ? 16 : conversion.type == 'o' ? 8 : 10;
+    char digits[20];  // Of 2^64 - 1, in decimals.
+    const int base = conversion.type == 'x' || conversion.type == 'X' ? 16 : 10;
     char* end = std::to_chars(digits, digits + sizeof digits, value, base).ptr;
     if (conversion.type == 'X') MakeUpper(digits, end);
     if (value == 0 && conversion.precision == 0) end = digits;
 
     NumberParts parts;
     parts.digits = {digits, static_cast<std::size_t>(end - digits)};
-    if (isSigned) parts.prefix = SignOf(isNegative, conversion);
-    if (conversion.isAlternate && isHex && value)
-        parts.prefix = conversion.type == 'x' ? "0x" : "0X";
+    if (isSigned) parts.sign = SignOf(isNegative, conversion);
     if (conversion.precision > 0) parts.zeros = Missing(conversion.precision, parts.digits.size());
-    const bool startsWithZero = parts.zeros > 0 || (end != digits && digits[0] == '0');
-    if (conversion.isAlternate && base == 8 && !startsWithZero) parts.zeros = 1;
     PutNumber(sink, conversion, conversion.precision < 0, parts);
 }
 
@@ -119,27 +112,19 @@ constexpr std::int32_t kMaxDecimals = 1100;
 template <class Char>
 void PutReal(Sink<Char>& sink, const FormatConversion& conversion, double value) noexcept {
     char buffer[kMaxDecimals + 320];
-    const bool isUpper = conversion.type < 'a';
-    const char type = isUpper ? static_cast<char>(conversion.type - 'A' + 'a') : conversion.type;
-    const std::chars_format form = type == 'f'   ? std::chars_format::fixed
-                                   : type == 'e' ? std::chars_format::scientific
-                                                 : std::chars_format::general;
     const std::int32_t precision = conversion.precision < 0 ? 6 : conversion.precision;
-    char* const end = std::to_chars(buffer, buffer + sizeof buffer, value, form,
-                                    std::min(precision, kMaxDecimals))
-                          .ptr;
-    char* digits = buffer;
-    const bool isNegative = *digits == '-';
-    if (isNegative) ++digits;
-    const bool isNumber = *digits >= '0' && *digits <= '9';
-    char* const exponent = isNumber ? std::find(digits, end, 'e') : end;
-    if (isUpper) MakeUpper(digits, end);
+    const char* const end =
+        std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed,
+                      std::min(precision, kMaxDecimals))
+            .ptr;
+    const bool isNegative = buffer[0] == '-';
+    const char* const digits = isNegative ? buffer + 1 : buffer;
+    const bool isNumber = *digits >= '0' && *digits <= '9';  // Not inf or nan.
 
     NumberParts parts;
-    parts.prefix = SignOf(isNegative, conversion);
-    parts.digits = {digits, static_cast<std::size_t>(exponent - digits)};
-    parts.exponent = {exponent, static_cast<std::size_t>(end - exponent)};
-    if (isNumber && type != 'g' && precision > kMaxDecimals) {
+    parts.sign = SignOf(isNegative, conversion);
+    parts.digits = {digits, static_cast<std::size_t>(end - digits)};
+    if (isNumber && precision > kMaxDecimals) {
         parts.moreZeros = static_cast<std::uint64_t>(precision - kMaxDecimals);
     }
     PutNumber(sink, conversion, isNumber, parts);
@@ -165,13 +150,8 @@ void PutArgument(Sink<Char>& sink, const FormatConversion& conversion,
             return PutText(sink, conversion, argument.text.data(),
                            std::min(argument.text.size(), limit));
         }
-        case 'c': {
-            const Char character = static_cast<Char>(argument.integer);
-            return PutText(sink, conversion, &character, 1);
-        }
         case 'd':
         case 'u':
-        case 'o':
         case 'x':
         case 'X':
             return PutInteger(sink, conversion, argument);

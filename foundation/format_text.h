@@ -38,11 +38,10 @@ struct FormatConversion {
     bool isLeft = false;
     bool hasPlus = false;
     bool hasBlank = false;
-    bool isAlternate = false;
     bool hasZeros = false;
     std::int32_t width = 0;
     std::int32_t precision = -1;  ///< -1: none given.
-    char type = 0;                ///< d u o x X c s f F e E g G, or %.
+    char type = 0;                ///< d u x X s f, or %.
 };
 
 namespace format_detail {
@@ -68,8 +67,6 @@ constexpr bool ReadFlag(Char character, FormatConversion& conversion) noexcept {
             return conversion.hasPlus = true;
         case Char(' '):
             return conversion.hasBlank = true;
-        case Char('#'):
-            return conversion.isAlternate = true;
         case Char('0'):
             return conversion.hasZeros = true;
         default:
@@ -84,20 +81,12 @@ constexpr bool IsKnownType(char type, bool isLong, bool isSized) noexcept {
     switch (type) {
         case 'd':
         case 'u':
-        case 'o':
         case 'x':
         case 'X':
             return true;
-        case 'c':
-            return !isSized;
         case 's':
             return !isSized && isLong == (sizeof(Char) > 1);
         case 'f':
-        case 'F':
-        case 'e':
-        case 'E':
-        case 'g':
-        case 'G':
             return !isSized;
         case '%':
             return !isSized && !isLong;
@@ -144,10 +133,8 @@ constexpr bool IsServedBy(const FormatConversion& conversion, FormatKind kind) n
             return kind == FormatKind::Text;
         case 'd':
         case 'u':
-        case 'o':
         case 'x':
         case 'X':
-        case 'c':
             return kind == FormatKind::Signed || kind == FormatKind::Unsigned;
         default:
             return kind == FormatKind::Real;

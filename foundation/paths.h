@@ -16,8 +16,8 @@ inline constexpr std::uint32_t kLongPathUnits = 248;
 /// Whether a path names something that exists. A path with a character that no name can hold
 /// (`"*<>|`, a ':' or a '?' out of place) is refused without a look at the disk. Separators at the
 /// end do not count. A network name that the file system cannot list is looked up by the shell. Any
-/// failure, of memory too, is false. \param found  May be null. Zeroed, then filled with what was
-/// found; of a drive's root the
+/// failure, of memory too, is false.
+/// \param found  May be null. Zeroed, then filled with what was found; of a drive's root the
 ///               attributes, and the drive letter as both names.
 [[nodiscard]] bool PathExists(const WCHAR* path, WIN32_FIND_DATAW* found = nullptr) noexcept;
 
@@ -25,7 +25,8 @@ inline constexpr std::uint32_t kLongPathUnits = 248;
 /// than kLongPathUnits, else its `\\?\` form, in `scratch`, with '/' turned into '\', since that
 /// form is taken as it stands. A path that is empty, has that form, or is the text of `scratch`
 /// comes back unchanged; so does one whose long form finds no memory, and the system tells its
-/// length. \param length  Characters of the path, or negative for a terminated one.
+/// length.
+/// \param length  Characters of the path, or negative for a terminated one.
 [[nodiscard]] const WCHAR* ToLongPathForm(const WCHAR* path, WString& scratch,
                                           std::int64_t length = -1) noexcept;
 

@@ -68,20 +68,20 @@ Status Stream::CompareRange(std::int64_t length, std::int64_t ownOffset, Stream&
     constexpr Status kEqual = 1;
     constexpr Status kLarger = 2;
     constexpr std::int64_t kChunk = 4096;
-    if (!IsOpen() || !other.IsOpen()) return kStatusNotInitialized;
-    if (length < 1) return kEqual;
-    std::int64_t place = 0;
-    if (const Status status = Locate(SeekMode::Start, ownOffset, place)) return status;
-    if (const Status status = other.Locate(SeekMode::Start, otherOffset, place)) return status;
+    if (const Status status = Seek(SeekMode::Start, ownOffset)) return status;
+    if (const Status status = other.Seek(SeekMode::Start, otherOffset)) return status;
     char buffers[2][kChunk];
     std::int64_t done = 0;
     while (done < length) {
         const std::int64_t wanted = std::min(kChunk, length - done);
         std::int64_t ownCount = 0;
         std::int64_t otherCount = 0;
-        // One status tells that there were fewer bytes, whatever the reason.
-        (void)ReadAt(buffers[0], wanted, SeekMode::Start, ownOffset + done, ownCount);
-        (void)other.ReadAt(buffers[1], wanted, SeekMode::Start, otherOffset + done, otherCount);
+        // One status tells that there were fewer bytes, whatever the reason. The two may be one
+        // stream, with one position: each sets it before it reads.
+        (void)Seek(SeekMode::Start, ownOffset + done);
+        (void)Read(buffers[0], wanted, ownCount);
+        (void)other.Seek(SeekMode::Start, otherOffset + done);
+        (void)other.Read(buffers[1], wanted, otherCount);
         if (ownCount != wanted || otherCount != wanted) return kStatusInternalError;
         const int order = std::memcmp(buffers[0], buffers[1], static_cast<std::size_t>(wanted));
         if (order != 0) return order < 0 ? kSmaller : kLarger;

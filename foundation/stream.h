@@ -138,7 +138,8 @@ public:
     /// \return false if the stream is not an open file; `identity` then stays as it was.
     [[nodiscard]] virtual bool GetFileIdentity(FileIdentity& identity) const noexcept;
 
-    /// Compares bytes of two streams, which may be one stream. Both positions stay.
+    /// Compares bytes of two streams, which may be one stream. Both positions go to the offsets and
+    /// on behind what was read.
     /// \return 1 if they are equal (a length below 1 too), 0 or 2 if this stream's first byte that
     ///         differs is smaller or larger; as Seek for an offset outside; kStatusInternalError if
     ///         one gives fewer bytes.

@@ -2,8 +2,7 @@
 
 #include <cstring>
 #include <gtest/gtest.h>
-#include <thread>
-#include <vector>
+#include <string>
 
 #include "foundation/memory_testing.h"
 
@@ -46,21 +45,6 @@ TEST(Memory, AWatchFailsTheRequestThatItIsTold) {
     EXPECT_EQ(watch.LiveBlocks(), 0);
     EXPECT_EQ(watch.Requests(), 5u);
     EXPECT_EQ(watch.Failures(), 3u);
-}
-
-TEST(Memory, AWatchCountsOnEveryThread) {
-    AllocationWatch watch;
-    watch.FailOnce(1000);
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([] {
-            for (int i = 0; i < 1000; ++i) AUX::Free(AUX::Alloc(16));
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(watch.Requests(), 4000u);
-    EXPECT_EQ(watch.Failures(), 1u);
-    EXPECT_EQ(watch.LiveBlocks(), 0);
 }
 
 }  // namespace

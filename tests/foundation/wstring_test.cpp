@@ -1,17 +1,14 @@
 #include "foundation/wstring.h"
 
 #include <cstring>
-#include <functional>
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
 
-#include "foundation/astring.h"
 #include "foundation/memory_testing.h"
 
 namespace {
 
-using AUX::AString;
 using AUX::WString;
 using AUX::WStringView;
 using AUX::testing::AllocationWatch;
@@ -24,190 +21,93 @@ Wide ContentOf(const WString& s) {
 
 struct StringCase {
     const char* why;
-    std::function<bool(WString&)> act;
-    Wide before;
-    Wide after;
+    bool (*act)(WString&);
+    const WCHAR* before;
+    const WCHAR* after;
     std::uint32_t capacity;
 };
 
-TEST(WString, FollowsTheGrowthRules) {
-    const StringCase kCases[] = {
-        {"assigning is exact",
-         [](WString& s) { return s.Assign(TEXT("abc")); },
-         {},
-         TEXT("abc"),
-         3},
-        {"assigning brings the capacity down",
-         [](WString& s) { return s.Reserve(90) && s.Assign(TEXT("ab")); }, TEXT("abcdef"),
-         TEXT("ab"), 2},
-        {"assigning nothing frees",
-         [](WString& s) { return s.Assign(TEXT("")); },
-         TEXT("abc"),
-         {},
-         0},
-        {"so does null", [](WString& s) { return s.Assign(nullptr, 7); }, TEXT("abc"), {}, 0},
-        {"so does length 0", [](WString& s) { return s.Assign(TEXT("x"), 0); }, TEXT("abc"), {}, 0},
-        {"a length stops early",
-         [](WString& s) { return s.Assign(TEXT("xyz"), 2); },
-         {},
-         TEXT("xy"),
-         2},
-        {"appending rounds", [](WString& s) { return s.Append(TEXT("d")); }, TEXT("abc"),
-         TEXT("abcd"), 31},
-        {"appending to nothing rounds",
-         [](WString& s) { return s.Append(TEXT("d")); },
-         {},
-         TEXT("d"),
-         31},
-        {"appending nothing takes no block",
-         [](WString& s) { return s.Append(TEXT("")); },
-         {},
-         {},
-         0},
-        {"appending null", [](WString& s) { return s.Append(nullptr); }, TEXT("abc"), TEXT("abc"),
-         3},
-        {"31 fit 32",
-         [](WString& s) { return s.AppendRepeated(TEXT('x'), 31); },
-         {},
-         Wide(31, TEXT('x')),
-         31},
-        {"32 need 64",
-         [](WString& s) { return s.AppendRepeated(TEXT('x'), 32); },
-         {},
-         Wide(32, TEXT('x')),
-         63},
-        {"repeating nothing", [](WString& s) { return s.AppendRepeated(TEXT('x'), 0); }, {}, {}, 0},
-        {"inserting rounds", [](WString& s) { return s.InsertAt(1, TEXT('x')); }, TEXT("abc"),
-         TEXT("axbc"), 31},
-        {"inserting past the end", [](WString& s) { return s.InsertAt(9, TEXT('x')); }, TEXT("abc"),
-         TEXT("abcx"), 31},
-        {"inserting into nothing",
-         [](WString& s) { return s.InsertAt(0, TEXT('x')); },
-         {},
-         TEXT("x"),
-         31},
-        {"sizing down keeps the block", [](WString& s) { return s.SetLength(1); }, TEXT("abc"),
-         TEXT("a"), 3},
-        {"sizing nothing to 0", [](WString& s) { return s.SetLength(0); }, {}, {}, 0},
-        {"clearing keeps the block",
-         [](WString& s) {
-             s.Clear();
-             return true;
-         },
-         TEXT("abc"),
-         {},
-         3},
-        {"freeing does not",
-         [](WString& s) {
-             s.Free();
-             return true;
-         },
-         TEXT("abc"),
-         {},
-         0},
-        {"reserving keeps the text", [](WString& s) { return s.Reserve(100); }, TEXT("abc"),
-         TEXT("abc"), 127},
-        {"reserving less changes nothing", [](WString& s) { return s.Reserve(3); }, TEXT("abc"),
-         TEXT("abc"), 3},
-        {"formatting rounds",
-         [](WString& s) { return s.Format(TEXT("%d"), 7); },
-         {},
-         TEXT("7"),
-         31},
-        {"formatting nothing keeps the block",
-         [](WString& s) { return s.Format(TEXT("")); },
-         TEXT("abc"),
-         {},
-         3},
-        {"formatting what fits", [](WString& s) { return s.Format(TEXT("%d"), 777); }, TEXT("abc"),
-         TEXT("777"), 3},
-    };
-    for (const StringCase& c : kCases) {
-        SCOPED_TRACE(c.why);
-        WString s;
-        ASSERT_TRUE(s.Assign(c.before.data(), static_cast<std::int64_t>(c.before.size())));
-        EXPECT_TRUE(c.act(s));
-        EXPECT_EQ(ContentOf(s), c.after);
-        EXPECT_EQ(s.Capacity(), c.capacity);
-        EXPECT_EQ(s.Data() == nullptr, c.capacity == 0);
-    }
-    WString sized;
-    ASSERT_TRUE(sized.SetLength(100));
-    EXPECT_EQ(sized.Capacity(), 127u);
-    EXPECT_EQ(sized.Text()[100], 0);
-}
+const StringCase kCases[] = {
+    {"assigning is exact", [](WString& s) { return s.Assign(TEXT("ab")); }, TEXT("abcdef"),
+     TEXT("ab"), 2},
+    {"assigning nothing frees", [](WString& s) { return s.Assign(TEXT("")); }, TEXT("abc"),
+     TEXT(""), 0},
+    {"so does null", [](WString& s) { return s.Assign(nullptr, 7); }, TEXT("abc"), TEXT(""), 0},
+    {"a length stops early", [](WString& s) { return s.Assign(TEXT("xyz"), 2); }, TEXT(""),
+     TEXT("xy"), 2},
+    {"appending rounds", [](WString& s) { return s.Append(TEXT("d")); }, TEXT("abc"), TEXT("abcd"),
+     31},
+    {"also to nothing", [](WString& s) { return s.Append(TEXT("d")); }, TEXT(""), TEXT("d"), 31},
+    {"appending nothing takes no block", [](WString& s) { return s.Append(TEXT("")); }, TEXT(""),
+     TEXT(""), 0},
+    {"appending null", [](WString& s) { return s.Append(nullptr); }, TEXT("abc"), TEXT("abc"), 3},
+    {"repeating", [](WString& s) { return s.AppendRepeated(TEXT('x'), 3); }, TEXT("abc"),
+     TEXT("abcxxx"), 31},
+    {"repeating nothing", [](WString& s) { return s.AppendRepeated(TEXT('x'), 0); }, TEXT(""),
+     TEXT(""), 0},
+    {"inserting rounds", [](WString& s) { return s.InsertAt(1, TEXT('x')); }, TEXT("abc"),
+     TEXT("axbc"), 31},
+    {"inserting past the end", [](WString& s) { return s.InsertAt(9, TEXT('x')); }, TEXT(""),
+     TEXT("x"), 31},
+    {"sizing down keeps the block", [](WString& s) { return s.SetLength(1); }, TEXT("abc"),
+     TEXT("a"), 3},
+    {"sizing nothing to 0", [](WString& s) { return s.SetLength(0); }, TEXT(""), TEXT(""), 0},
+    {"reserving keeps the text", [](WString& s) { return s.Reserve(100); }, TEXT("abc"),
+     TEXT("abc"), 127},
+    {"formatting rounds", [](WString& s) { return s.Format(TEXT("%d"), 7); }, TEXT(""), TEXT("7"),
+     31},
+    {"formatting nothing keeps the block", [](WString& s) { return s.Format(TEXT("")); },
+     TEXT("abc"), TEXT(""), 3},
+    {"formatting what fits", [](WString& s) { return s.Format(TEXT("%d"), 777); }, TEXT("abc"),
+     TEXT("777"), 3},
+    {"appending itself", [](WString& s) { return s.Append(s); }, TEXT("0123456789abcdef"),
+     TEXT("0123456789abcdef0123456789abcdef"), 63},
+    {"cutting itself keeps the block", [](WString& s) { return s.Assign(s.Text(), 2); },
+     TEXT("abcde"), TEXT("ab"), 5},
+    {"a longer length of itself", [](WString& s) { return s.Assign(s.Text(), 9); }, TEXT("abcde"),
+     TEXT("abcde"), 5},
+    {"its own middle", [](WString& s) { return s.Assign(s.Data() + 1, 4); }, TEXT("abcdef"),
+     TEXT("bcde"), 4},
+    {"formatting itself, growing",
+     [](WString& s) { return s.Format(TEXT("%ls-%ls-%040d"), s, s.Data() + 3, 1); }, TEXT("abcdef"),
+     TEXT("abcdef-def-0000000000000000000000000000000000000001"), 63},
+    {"formatting itself, in place",
+     [](WString& s) { return s.Reserve(20) && s.Format(TEXT("<%ls>"), s); }, TEXT("abc"),
+     TEXT("<abc>"), 31},
+    {"itself as the format", [](WString& s) { return s.FormatList(s.Text(), nullptr, 0); },
+     TEXT("a%%b"), TEXT("a%b"), 31},
+};
 
-TEST(WString, TakesPartsOfItself) {
-    const StringCase kCases[] = {
-        {"itself, growing", [](WString& s) { return s.Append(s); }, Wide(20, TEXT('x')),
-         Wide(40, TEXT('x')), 63},
-        {"a part, growing", [](WString& s) { return s.Append(s.Data() + 2, 2); }, TEXT("abcdef"),
-         TEXT("abcdefcd"), 31},
-        {"its end, in place", [](WString& s) { return s.Reserve(20) && s.Append(s.Data() + 3); },
-         TEXT("abcdef"), TEXT("abcdefdef"), 31},
-        {"cutting itself keeps the block", [](WString& s) { return s.Assign(s.Text(), 2); },
-         TEXT("abcde"), TEXT("ab"), 5},
-        {"assigning itself changes nothing", [](WString& s) { return s.Assign(s); }, TEXT("abcde"),
-         TEXT("abcde"), 5},
-        {"a longer length of itself", [](WString& s) { return s.Assign(s.Text(), 9); },
-         TEXT("abcde"), TEXT("abcde"), 5},
-        {"its own end", [](WString& s) { return s.Assign(s.Data() + 3); }, TEXT("abcdef"),
-         TEXT("def"), 3},
-        {"its own middle", [](WString& s) { return s.Assign(s.Data() + 1, 4); }, TEXT("abcdef"),
-         TEXT("bcde"), 4},
-        {"its own terminator",
-         [](WString& s) { return s.Assign(s.Data() + 6); },
-         TEXT("abcdef"),
-         {},
-         0},
-        {"formatting itself, growing",
-         [](WString& s) { return s.Format(TEXT("%ls-%ls-%040d"), s, s.Data() + 3, 1); },
-         TEXT("abcdef"), TEXT("abcdef-def-0000000000000000000000000000000000000001"), 63},
-        {"formatting itself, in place",
-         [](WString& s) { return s.Reserve(20) && s.Format(TEXT("<%ls>"), s); }, TEXT("abc"),
-         TEXT("<abc>"), 31},
-        {"itself as the format", [](WString& s) { return s.FormatList(s.Text(), nullptr, 0); },
-         TEXT("a%%b"), TEXT("a%b"), 31},
-    };
-    for (const StringCase& c : kCases) {
-        SCOPED_TRACE(c.why);
-        WString s;
-        ASSERT_TRUE(s.Assign(c.before.c_str()));
-        EXPECT_TRUE(c.act(s));
-        EXPECT_EQ(ContentOf(s), c.after);
-        EXPECT_EQ(s.Capacity(), c.capacity);
-    }
-}
-
-TEST(WString, StaysAsItWasWhenMemoryRunsOut) {
-    const StringCase kCases[] = {
-        {"assign", [](WString& s) { return s.Assign(TEXT("longer text")); }, TEXT("abc"), {}, 0},
-        {"assign, shorter", [](WString& s) { return s.Assign(TEXT("x")); }, TEXT("abc"), {}, 0},
-        {"assign a part", [](WString& s) { return s.Assign(s.Data() + 1); }, TEXT("abc"), {}, 0},
-        {"append", [](WString& s) { return s.Append(TEXT("d")); }, TEXT("abc"), {}, 0},
-        {"append itself", [](WString& s) { return s.Append(s); }, TEXT("abc"), {}, 0},
-        {"repeat", [](WString& s) { return s.AppendRepeated(TEXT('x'), 9); }, TEXT("abc"), {}, 0},
-        {"insert", [](WString& s) { return s.InsertAt(0, TEXT('x')); }, TEXT("abc"), {}, 0},
-        {"size", [](WString& s) { return s.SetLength(9); }, TEXT("abc"), {}, 0},
-        {"reserve", [](WString& s) { return s.Reserve(9); }, TEXT("abc"), {}, 0},
-        {"format", [](WString& s) { return s.Format(TEXT("%d"), 123456); }, TEXT("abc"), {}, 0},
-        {"format itself", [](WString& s) { return s.Format(TEXT("%ls"), s); }, TEXT("abc"), {}, 0},
-        {"append to nothing", [](WString& s) { return s.Append(TEXT("d")); }, {}, {}, 0},
-    };
+TEST(WString, FollowsTheGrowthRulesAndStaysAsItWasOnFailure) {
     AllocationWatch watch;
     for (const StringCase& c : kCases) {
         SCOPED_TRACE(c.why);
         WString s;
-        ASSERT_TRUE(s.Assign(c.before.c_str()));
+        ASSERT_TRUE(s.Assign(c.before));
         const WCHAR* const block = s.Text();
+        const std::uint32_t capacity = s.Capacity();
+        const std::uint64_t failures = watch.Failures();
         watch.FailFrom(1);
-        EXPECT_FALSE(c.act(s));
+        const bool isDone = c.act(s);
         watch.FailNone();
-        EXPECT_EQ(ContentOf(s), c.before);
-        EXPECT_EQ(s.Text(), block);
-        EXPECT_EQ(s.Capacity(), c.before.size());
+        EXPECT_EQ(isDone, watch.Failures() == failures);
+        if (!isDone) {
+            EXPECT_EQ(ContentOf(s), c.before);
+            EXPECT_EQ(s.Text(), block);
+            EXPECT_EQ(s.Capacity(), capacity);
+            EXPECT_TRUE(c.act(s));
+        }
+        EXPECT_EQ(ContentOf(s), c.after);
+        EXPECT_EQ(s.Capacity(), c.capacity);
+        EXPECT_EQ(s.Data() == nullptr, c.capacity == 0);
     }
     EXPECT_EQ(watch.LiveBlocks(), 0);
+    for (const auto& [length, capacity] : {std::pair{31u, 31u}, {32u, 63u}, {100u, 127u}}) {
+        WString sized;
+        ASSERT_TRUE(sized.SetLength(length));
+        EXPECT_EQ(sized.Capacity(), capacity);
+        EXPECT_EQ(sized.Text()[length], 0);
+    }
 }
 
 // The three fields as they lie in memory, to make a string of a length that no test can afford.
@@ -250,7 +150,7 @@ TEST(WString, StopsAtTheLargestLength) {
     EXPECT_EQ(watch.Requests(), 1u);
 }
 
-TEST(WString, MovesAndCompares) {
+TEST(WString, Moves) {
     WString a;
     ASSERT_TRUE(a.Assign(TEXT("abc")));
     WString b(std::move(a));
@@ -260,9 +160,6 @@ TEST(WString, MovesAndCompares) {
     a = std::move(same);
     EXPECT_TRUE(a == TEXT("abc"));
     EXPECT_TRUE(b == WStringView());
-    EXPECT_FALSE(a == b);
-    EXPECT_STREQ(AString().Text(), "");
-    EXPECT_EQ(WStringView(static_cast<const WCHAR*>(nullptr)).size(), 0u);
     EXPECT_TRUE(WStringView(a).substr(1, 9) == TEXT("bc"));
     EXPECT_TRUE(WStringView(a).substr(4).empty());
 }
@@ -295,7 +192,7 @@ TYPED_TEST(StringModel, AgreesWithAPlainStringWhateverFails) {
             const std::uint64_t failures = watch.Failures();
             if (below(4) == 0) watch.FailOnce(1);
             bool isDone = true;
-            switch (below(10)) {
+            switch (below(8)) {
                 case 0:
                     next = text;
                     isDone = s.Assign(text.c_str());
@@ -305,29 +202,22 @@ TYPED_TEST(StringModel, AgreesWithAPlainStringWhateverFails) {
                     isDone = s.Assign(s.Text() + start, part);
                     break;
                 case 2:
-                    next += text;
-                    isDone = s.Append(text.c_str());
-                    break;
-                case 3:
                     next += model.substr(start, part);
                     isDone = s.Append(s.Text() + start, part);
                     break;
-                case 4:
+                case 3:
                     next.append(number, character);
                     isDone = s.AppendRepeated(character, number);
                     break;
-                case 5:
+                case 4:
                     next.insert(start, 1, character);
                     isDone = s.InsertAt(start, character);
                     break;
-                case 6:
+                case 5:
                     next.resize(start);
                     isDone = s.SetLength(start);
                     break;
-                case 7:
-                    isDone = s.Reserve(number * 4);
-                    break;
-                case 8:
+                case 6:
                     next.clear();
                     s.Clear();
                     break;
