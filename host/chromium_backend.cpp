@@ -24,8 +24,7 @@ constexpr char kReadScript[] = R"js((() => {
         url: location.href,
         title: document.title,
         root: height(document.documentElement),
-        body: height(document.body),
-        markup: document.documentElement ? document.documentElement.outerHTML : ''
+        body: height(document.body)
     };
 })())js";
 
@@ -67,7 +66,6 @@ public:
         document = {};
         document.url = platform::FromUtf8((*read)["url"].Text());
         document.title = platform::FromUtf8((*read)["title"].Text());
-        document.markup = platform::FromUtf8((*read)["markup"].Text());
         document.rootHeight = HeightOf((*read)["root"]);
         document.bodyHeight = HeightOf((*read)["body"]);
         return true;

@@ -53,7 +53,10 @@ ExitCode SayNothingStarted(Progress& progress) {
 ExitCode WaitForResult(milliseconds timeout, Progress& progress) {
     const Ending ending = WaitFor(timeout);
     if (ending.programs == Programs::StillRunning) {
-        if (Interrupted()) return ExitCode::Interrupted;
+        if (Interrupted()) {
+            progress.Say("interrupted; the converter is not waited for");
+            return ExitCode::Interrupted;
+        }
         progress.Say("the converter has not ended in time; it goes on");
         return ExitCode::TimedOut;
     }
@@ -68,7 +71,11 @@ ExitCode WaitForResult(milliseconds timeout, Progress& progress) {
 }
 
 ExitCode WaitForFetch(milliseconds limit, Progress& progress) {
-    return NothingStarted(WaitFor(limit)) ? SayNothingStarted(progress) : ExitCode::Ok;
+    const Ending ending = WaitFor(limit);
+    if (NothingStarted(ending)) return SayNothingStarted(progress);
+    // The converter may not have fetched its job yet, which ends with the tab.
+    const bool cut = ending.programs == Programs::StillRunning && Interrupted();
+    return cut ? ExitCode::Interrupted : ExitCode::Ok;
 }
 
 }  // namespace host

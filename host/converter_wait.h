@@ -17,7 +17,7 @@ inline constexpr std::chrono::milliseconds kFetchLimit{5'000};
 ExitCode WaitForResult(std::chrono::milliseconds timeout, Progress& progress);
 
 /// Waits until the converter has ended, at most `limit`; its result does not count.
-/// \return Ok, or CommandEnded when none was started.
+/// \return Ok, CommandEnded when none was started, or Interrupted.
 ExitCode WaitForFetch(std::chrono::milliseconds limit, Progress& progress);
 
 }  // namespace host

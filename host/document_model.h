@@ -10,9 +10,8 @@ inline constexpr LONG kNoElement = -1;
 /// A loaded page as the document interfaces show it, wherever it came from. Filled once by a
 /// backend, then only read.
 struct DocumentModel {
-    platform::WideString url;    // the address shown, with its fragment
-    platform::WideString title;  // as scripts see it: no leading, trailing or doubled blanks
-    platform::WideString markup;
+    platform::WideString url;      // the address shown, with its fragment
+    platform::WideString title;    // as scripts see it: no leading, trailing or doubled blanks
     LONG rootHeight = kNoElement;  // scroll heights in pixels
     LONG bodyHeight = kNoElement;
 };

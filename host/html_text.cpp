@@ -31,6 +31,12 @@ constexpr std::array<std::string_view, 96> kLatinNames = {
     "ntilde", "ograve", "oacute", "ocirc",  "otilde", "ouml",   "divide", "oslash", "ugrave",
     "uacute", "ucirc",  "uuml",   "yacute", "thorn",  "yuml"};
 
+// What browsers take 0x80 to 0x9F for, in files that call themselves Latin-1 and in references.
+constexpr std::array<char32_t, 32> kWindows1252 = {
+    0x20AC, 0x81,   0x201A, 0x192,  0x201E, 0x2026, 0x2020, 0x2021, 0x2C6,  0x2030, 0x160,
+    0x2039, 0x152,  0x8D,   0x17D,  0x8F,   0x90,   0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+    0x2013, 0x2014, 0x2DC,  0x2122, 0x161,  0x203A, 0x153,  0x9D,   0x17E,  0x178};
+
 struct NamedReference {
     std::string_view name;
     char32_t point;
@@ -48,6 +54,10 @@ bool IsBlank(WCHAR c) { return c == ' ' || (c >= 9 && c <= 13); }
 bool IsLetter(WCHAR c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 bool IsDigit(WCHAR c) { return c >= '0' && c <= '9'; }
 WCHAR LowerOf(WCHAR c) { return c >= 'A' && c <= 'Z' ? static_cast<WCHAR>(c + 32) : c; }
+
+char32_t FromWindows1252(char32_t point) {
+    return point >= 0x80 && point < 0xA0 ? kWindows1252[point - 0x80] : point;
+}
 
 void AppendPoint(char32_t point, WideString& out) {
     const bool valid = point != 0 && point <= 0x10FFFF && (point < 0xD800 || point > 0xDFFF);
@@ -95,7 +105,7 @@ std::size_t TakeReference(WideView text, WideString& out) {
             }
         }
         if (end == first) return 0;
-        AppendPoint(point, out);
+        AppendPoint(FromWindows1252(point), out);
     } else {
         while (end < text.size() && (IsLetter(text[end]) || IsDigit(text[end]))) ++end;
         // Without the closing ';' a name may be a part of an address: "?a=1&copy=2".
@@ -129,7 +139,8 @@ public:
 
     /// Steps to the next tag. \return false at the end; `text` is what lay before either way.
     bool Next(WideView& text, WideString& name, WideView& tag) {
-        const std::size_t open = rest_.find('<');
+        std::size_t open = rest_.find('<');
+        while (open != WideView::npos && !IsTagAt(open)) open = rest_.find('<', open + 1);
         text = rest_.substr(0, open);
         if (open == WideView::npos) return Stop();
         rest_.remove_prefix(open);
@@ -177,6 +188,12 @@ private:
     bool Stop() {
         rest_ = {};
         return false;
+    }
+
+    /// Whether the '<' there opens a tag or a comment; in "1 < 2" it is text.
+    bool IsTagAt(std::size_t open) const {
+        const WCHAR next = open + 1 < rest_.size() ? rest_[open + 1] : WCHAR{0};
+        return IsLetter(next) || next == '/' || next == '!' || next == '?';
     }
 
     /// Behind the '>' that ends the tag; one in a quoted value does not count.
@@ -293,10 +310,15 @@ WideString DecodeFileText(std::string_view bytes) {
     const bool marked = bytes.starts_with("\xEF\xBB\xBF");
     if (marked) bytes.remove_prefix(3);
     WideString text = platform::FromUtf8(bytes);
-    // Where the bytes were well-formed they come back the same.
-    if (marked || platform::ToUtf8(text) == bytes) return text;
+    // A character of replacement is either the file's own or stands for bytes that are no UTF-8;
+    // only then the bytes have to be compared.
+    if (marked || text.find(WCHAR{0xFFFD}) == WideString::npos || platform::ToUtf8(text) == bytes) {
+        return text;
+    }
     text.clear();
-    for (const char c : bytes) text.push_back(static_cast<unsigned char>(c));
+    for (const char c : bytes) {
+        text.push_back(static_cast<WCHAR>(FromWindows1252(static_cast<unsigned char>(c))));
+    }
     return text;
 }
 

@@ -17,7 +17,7 @@ struct HtmlFacts {
 HtmlFacts ReadHtmlFacts(platform::WideView markup);
 
 /// The text of a file: UTF-16 or UTF-8 by its byte order mark, else UTF-8 if it is well-formed,
-/// else Latin-1, which any bytes are.
+/// else Windows-1252, which any bytes are. A charset that the markup names does not count.
 platform::WideString DecodeFileText(std::string_view bytes);
 
 /// Resolves character references, named ones of HTML 4 that Latin-1 and common punctuation have.

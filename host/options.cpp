@@ -82,11 +82,14 @@ std::optional<ExitCode> ParseOptions(const std::vector<std::string>& arguments, 
     try {
         std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
         app.parse(reversed);
+        options.backend = backend.empty() ? DefaultBackend() : kinds.at(backend);
+        if (options.pageHeight > 0 && options.backend != BackendKind::Text) {
+            throw CLI::ValidationError("--page-height", "only for --backend text");
+        }
     } catch (const CLI::ParseError& error) {
         return app.exit(error, out, err) == 0 ? ExitCode::Ok : ExitCode::Usage;
     }
     options.timeout = std::chrono::seconds(seconds);
-    options.backend = backend.empty() ? DefaultBackend() : kinds.at(backend);
     return std::nullopt;
 }
 

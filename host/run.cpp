@@ -62,8 +62,12 @@ private:
             std::filesystem::absolute(PathFromUtf8(*options_.output), code);
         if (!std::filesystem::is_directory(path.parent_path(), code)) {
             error_ = "there is no folder for " + PathToUtf8(path);
-        } else if (std::filesystem::is_directory(path, code)) {
-            error_ = PathToUtf8(path) + " is a folder";
+        } else if (!path.has_filename() || (std::filesystem::exists(path, code) &&
+                                            !std::filesystem::is_regular_file(path, code))) {
+            // A device would be replaced like a file.
+            error_ = PathToUtf8(path) + " is no file";
+        } else if (!HasPlatformPath(path)) {
+            error_ = "the add-in cannot write this name: " + PathToUtf8(path);
         } else {
             output_ = path.lexically_normal();
         }
@@ -84,7 +88,12 @@ private:
         LoadRequest request{address_, options_.timeout, {}, {}};
         request.progress = [this](const std::string& what) { progress_.Step(what); };
         request.warning = [this](const std::string& what) { progress_.Say("warning: " + what); };
-        if (!backend->Load(request, *model, error_)) return false;
+        try {
+            if (!backend->Load(request, *model, error_)) return false;
+        } catch (const std::exception& failure) {  // The page needs more memory than there is.
+            error_ = std::string("the page cannot be loaded: ") + failure.what();
+            return false;
+        }
         model_ = std::move(model);
         return true;
     }
@@ -97,9 +106,14 @@ private:
         }
         // A job in a file of its own gets in nobody's way.
         HandOffLock turn;
-        if (!options_.isProtected && !turn.Take(options_.timeout, progress_)) {
+        const bool isOurTurn = options_.isProtected || turn.Take(options_.timeout, progress_);
+        if (Interrupted()) {
+            error_ = "interrupted; nothing was converted";
+            return Fail(ExitCode::Interrupted);
+        }
+        if (!isOurTurn) {
             error_ = "another conversion of this profile has not ended in time";
-            return Fail(Interrupted() ? ExitCode::Interrupted : ExitCode::CommandEnded);
+            return Fail(ExitCode::CommandEnded);
         }
         progress_.Step("starting the converter");
         if (Command(*band.Get()) != 0) return Fail(ExitCode::CommandEnded);
@@ -154,8 +168,8 @@ ExitCode Run(const Options& options) {
     try {
         return Tab(options, progress).Run();
     } catch (const std::exception& failure) {
-        progress.Say(std::string("no page could be loaded: ") + failure.what());
-        return ExitCode::NoPage;
+        progress.Say(failure.what());
+        return ExitCode::CommandEnded;
     }
 }
 

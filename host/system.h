@@ -20,6 +20,10 @@ std::string PathToUtf8(const std::filesystem::path& path);
 /// An absolute path as the add-in and the converter know it; natively "/tmp/a" is `Z:\tmp\a`.
 platform::WideString PlatformPath(const std::filesystem::path& path);
 
+/// Whether PlatformPath names `path` exactly. Natively a name that holds `\` or is no UTF-8 has no
+/// such form.
+bool HasPlatformPath(const std::filesystem::path& path);
+
 /// The folder of the running program.
 std::filesystem::path ProgramFolder();
 
@@ -30,7 +34,7 @@ std::filesystem::path ProgramFolder();
 /// The file by which hosts of one profile take turns, as a platform path. It stays when they end.
 platform::WideString HandOffLockPath();
 
-/// Whether the standard error output is a terminal.
+/// Whether the standard error output is a terminal that can redraw a line.
 bool IsErrorTerminal();
 
 }  // namespace host

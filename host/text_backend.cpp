@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <fstream>
-#include <iterator>
 
 #include "host/html_text.h"
 #include "host/system.h"
@@ -25,13 +24,14 @@ bool ReadFile(const std::filesystem::path& path, std::string& bytes, std::string
         error = name + " is no file";
         return false;
     }
-    if (std::filesystem::file_size(path, code) > kMaxFileBytes) {
+    const std::uintmax_t size = std::filesystem::file_size(path, code);
+    if (!code && size > kMaxFileBytes) {
         error = name + " is too large for a page";
         return false;
     }
     std::ifstream file(path, std::ios::binary);
-    bytes.assign(std::istreambuf_iterator<char>(file), {});
-    if (!file.is_open() || file.bad()) {
+    if (!code) bytes.resize(static_cast<std::size_t>(size));
+    if (code || !file.read(bytes.data(), static_cast<std::streamsize>(size))) {
         error = name + " cannot be read";
         return false;
     }
@@ -49,8 +49,7 @@ bool TextBackend::Load(const LoadRequest& request, DocumentModel& document, std:
     if (!ReadFile(request.address.file, bytes, error)) return false;
     document = {};
     document.url = platform::FromUtf8(request.address.url);
-    document.markup = DecodeFileText(bytes);
-    HtmlFacts facts = ReadHtmlFacts(document.markup);
+    HtmlFacts facts = ReadHtmlFacts(DecodeFileText(bytes));
     document.title = std::move(facts.title);
     document.rootHeight = document.bodyHeight = height_ > 0 ? height_ : facts.height;
     return true;

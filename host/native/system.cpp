@@ -21,6 +21,11 @@ platform::WideString PlatformPath(const std::filesystem::path& path) {
     return platform::FromUtf8(text);
 }
 
+bool HasPlatformPath(const std::filesystem::path& path) {
+    const std::string& text = path.native();
+    return text.find('\\') == text.npos && platform::ToUtf8(platform::FromUtf8(text)) == text;
+}
+
 std::filesystem::path ProgramFolder() {
     std::error_code code;
     return std::filesystem::read_symlink("/proc/self/exe", code).parent_path();

@@ -1,7 +1,6 @@
 #include "host/system.h"
 
 #include <algorithm>
-#include <io.h>
 #include <shellapi.h>
 
 #include "platform/scope_exit.h"
@@ -28,6 +27,8 @@ platform::WideString PlatformPath(const std::filesystem::path& path) {
     return std::filesystem::path(path).make_preferred().native();
 }
 
+bool HasPlatformPath(const std::filesystem::path&) { return true; }
+
 std::filesystem::path ProgramFolder() {
     platform::WideString path(32768, TEXT('\0'));
     const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
@@ -44,6 +45,12 @@ platform::WideString HandOffLockPath() {
     return (std::filesystem::temp_directory_path() / "quvada-host.lock").native();
 }
 
-bool IsErrorTerminal() { return _isatty(2) != 0; }
+bool IsErrorTerminal() {
+    // One that knows no control sequences is written to as if it were a file.
+    const HANDLE output = GetStdHandle(STD_ERROR_HANDLE);
+    DWORD mode = 0;
+    return GetConsoleMode(output, &mode) &&
+           SetConsoleMode(output, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+}
 
 }  // namespace host

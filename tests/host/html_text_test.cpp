@@ -2,13 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include "host/text_backend.h"
+
 namespace host {
 namespace {
 
 using platform::FromUtf8;
 using platform::ToUtf8;
 
-std::string TitleOf(const char* markup) { return ToUtf8(ReadHtmlFacts(FromUtf8(markup)).title); }
+std::string TitleOf(std::string_view markup) {
+    return ToUtf8(ReadHtmlFacts(FromUtf8(markup)).title);
+}
 
 TEST(HtmlTitle, IsWhatABrowserShows) {
     struct TitleCase {
@@ -17,7 +21,6 @@ TEST(HtmlTitle, IsWhatABrowserShows) {
         const char* title;
     };
     constexpr TitleCase kCases[] = {
-        {"plain", "<title>One</title>", "One"},
         {"upper case and attributes", "<TITLE lang='a>b'>One</TITLE >", "One"},
         {"blanks", "<title>\n  a \t b\r\n</title>", "a b"},
         {"references", "<title>&lt;a&gt; &amp;amp; &#65;&#x42; &eacute;&hellip;</title>",
@@ -26,16 +29,18 @@ TEST(HtmlTitle, IsWhatABrowserShows) {
         {"first of two", "<title>a</title><title>b</title>", "a"},
         {"in a comment", "<!-- <title>no</title> --><title>yes</title>", "yes"},
         {"in a script", "<script>'<title>no</title>'</script><title>yes</title>", "yes"},
-        {"empty", "<title></title>", ""},
         {"none", "<p>text", ""},
         {"never closed", "<title>rest <b", "rest <b"},
         {"cut off in the tag", "<p>a<title", ""},
         {"comment never closed", "<!-- <title>a</title>", ""},
-        {"nothing", "", ""},
+        {"no tag before it", "1 < 2 \"<title>a</title>", "a"},
     };
     for (const TitleCase& c : kCases) {
         SCOPED_TRACE(c.why);
         EXPECT_EQ(TitleOf(c.markup), c.title);
+        // A page may be cut off anywhere.
+        const std::string_view markup = c.markup;
+        for (std::size_t cut = 0; cut < markup.size(); ++cut) (void)TitleOf(markup.substr(0, cut));
     }
 }
 
@@ -58,6 +63,7 @@ TEST(DecodeReferences, LeavesAloneWhatIsNoReference) {
         {"&#x1F600;", "\xF0\x9F\x98\x80"},
         {"&#99999999999999999999;", "\xEF\xBF\xBD"},
         {"&nbsp;&yuml;", "\xC2\xA0\xC3\xBF"},
+        {"&#150;", "\xE2\x80\x93"},  // of Windows-1252, as browsers take it
     };
     for (const ReferenceCase& c : kCases) {
         EXPECT_EQ(ToUtf8(DecodeReferences(FromUtf8(c.text))), c.decoded) << c.text;
@@ -80,7 +86,8 @@ TEST(DecodeFileText, TakesAnyBytes) {
                      7),
          "a\xC3\xA9"},
         {"UTF-16 big-endian", std::string("\xFE\xFF\0a\0\xE9", 6), "a\xC3\xA9"},
-        {"Latin-1", "caf\xE9", "caf\xC3\xA9"},
+        {"no UTF-8", "\x80 caf\xE9", "\xE2\x82\xAC caf\xC3\xA9"},
+        {"UTF-8 with a character of replacement", "\xEF\xBF\xBD", "\xEF\xBF\xBD"},
         {"zero bytes", std::string("a\0b", 3), nullptr},
         {"nothing", "", ""},
     };
@@ -104,6 +111,19 @@ TEST(HtmlHeight, FollowsThePagesStatementOrItsText) {
     EXPECT_GT(line, 0);
     EXPECT_GT(heightOf("<p>a</p><p>b</p>"), line);
     EXPECT_GT(heightOf("<p>" + std::string(2000, 'x') + "</p>"), line);
+}
+
+TEST(TextBackend, SaysWhatIsNoPage) {
+    const std::filesystem::path here = std::filesystem::current_path();
+    const PageAddress cases[] = {
+        {"file:///missing.html", here / "missing.html"}, {"file:///", here}, {"http://a/", {}}};
+    for (const PageAddress& address : cases) {
+        DocumentModel document;
+        std::string error;
+        EXPECT_FALSE(
+            TextBackend().Load({address, std::chrono::seconds(1), {}, {}}, document, error));
+        EXPECT_FALSE(error.empty()) << address.url;
+    }
 }
 
 }  // namespace
