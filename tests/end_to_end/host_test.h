@@ -1,11 +1,8 @@
 #pragma once
 
-#include <filesystem>
 #include <gtest/gtest.h>
-#include <string>
-#include <vector>
 
-#include "tests/support/program.h"
+#include "tests/end_to_end/programs.h"
 #include "tests/support/test_profile.h"
 
 namespace end_to_end {
@@ -19,44 +16,32 @@ protected:
     static std::filesystem::path Programs();
     /// The same with the recording converter instead of the real one.
     static std::filesystem::path RecordingPrograms();
-
-    /// The test's own folder, and one below it where the recording converter leaves what it found.
-    [[nodiscard]] const std::filesystem::path& Folder() const { return folder_; }
-    [[nodiscard]] const std::filesystem::path& Records() const { return records_; }
-    [[nodiscard]] std::filesystem::path TempFolder() const;
+    /// The host's program in one of them.
+    static std::filesystem::path Host(const std::filesystem::path& programs);
 
     /// Writes a page. \return its path.
-    std::filesystem::path WritePage(const std::string& name, const std::string& markup) const;
-
-    /// Starts or runs the host of `programs` on a page with further options.
-    std::unique_ptr<test_support::Program> StartHost(const std::filesystem::path& programs,
-                                                     const std::filesystem::path& page,
-                                                     std::vector<std::string> options) const;
-    test_support::Finished RunHost(const std::filesystem::path& programs,
-                                   const std::filesystem::path& page,
-                                   std::vector<std::string> options) const;
+    std::string WritePage(const std::string& name, const std::string& markup) const;
 
     /// What the recording converter wrote; empty if it did not.
     [[nodiscard]] std::string Recorded(const char* name) const;
 
-private:
-    test_support::TestProfile profile_;
-    std::filesystem::path folder_;
-    std::filesystem::path records_;
+    const test_support::TestProfile profile_;
+    const std::filesystem::path folder_;   // the test's own,
+    const std::filesystem::path temp_;     // and below it the temporary folder,
+    const std::filesystem::path records_;  // what the recording converter leaves,
+    const std::filesystem::path pdf_;      // and where the PDF is to go
 };
 
 std::string ReadFile(const std::filesystem::path& path);
-
-/// Waits until `condition` holds, half a minute at most. \return whether it does.
-template <class Condition>
-bool Eventually(Condition condition);
+std::string Utf8(const std::filesystem::path& path);
 
 /// Sleeps for the moment between two looks of Eventually.
 void Pause();
 
+/// Waits until `condition` holds, a minute at most. \return whether it does.
 template <class Condition>
 bool Eventually(Condition condition) {
-    for (int look = 0; look < 6'000; ++look) {
+    for (int look = 0; look < 12'000; ++look) {
         if (condition()) return true;
         Pause();
     }

@@ -13,10 +13,9 @@
 #include <string>
 #include <thread>
 
-#include "platform/files.h"
 #include "platform/memory.h"
 #include "platform/shell.h"
-#include "platform/text.h"
+#include "tests/support/test_profile.h"
 
 namespace {
 
@@ -54,20 +53,6 @@ std::string ReadShared(const WideString& name) {
     return {static_cast<const char*>(view.Get()), size};
 }
 
-std::string ReadStored(const WideString& path) {
-    const platform::FileHandle file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ,
-                                                nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
-                                                nullptr));
-    std::string bytes(1 << 20, '\0');
-    DWORD got = 0;
-    if (!file ||
-        !ReadFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &got, nullptr)) {
-        return {};
-    }
-    bytes.resize(got);
-    return bytes;
-}
-
 /// Under another name first, so that whoever waits for the file finds it whole.
 void Write(const std::filesystem::path& path, const std::string& bytes) {
     const std::filesystem::path unfinished = path.string() + ".part";
@@ -82,7 +67,8 @@ int main() {
     const std::filesystem::path folder = Environment("QUVADA_RECORD_FOLDER");
     const WideString shared = ValueOf(arguments, TEXT("\\sm "));
     const WideString stored = ValueOf(arguments, TEXT("\\bp "));
-    const std::string block = stored.empty() ? ReadShared(shared) : ReadStored(stored);
+    const std::string block =
+        stored.empty() ? ReadShared(shared) : test_support::ReadWholeFile(stored);
     if (!block.empty()) Write(folder / "block", block);
     Write(folder / "command_line", platform::ToUtf8(arguments));
 
