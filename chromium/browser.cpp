@@ -74,11 +74,12 @@ std::uint64_t Browser::Send(std::string_view session, std::string_view method,
                             const Params& params) {
     const std::uint64_t id = ++lastId_;
     std::string message = "{\"id\":" + std::to_string(id) + ",\"method\":\"";
-    message.append(method).append("\",\"params\":").append(params.Write());
+    message.append(method).append("\",\"params\":");
+    params.WriteTo(message);
     if (!session.empty()) message.append(",\"sessionId\":").append(QuoteJson(session));
     message += '}';
     if (message.size() > kLargestCall) return 0;
-    pipe_->Queue(message);
+    pipe_->Queue(std::move(message));
     return id;
 }
 

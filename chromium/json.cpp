@@ -50,6 +50,21 @@ void RepairSurrogates(std::string& text) {
 constexpr std::string_view kBase64 =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
+void AppendBase64(std::string_view bytes, std::string& out) {
+    out.reserve(out.size() + (bytes.size() + 2) / 3 * 4 + 2);  // and a closing quote
+    for (std::size_t i = 0; i < bytes.size(); i += 3) {
+        const auto byte = [&](std::size_t k) {
+            return k < bytes.size() ? static_cast<std::uint8_t>(bytes[k]) : std::uint8_t{0};
+        };
+        const std::uint32_t group = static_cast<std::uint32_t>(byte(i)) << 16 |
+                                    static_cast<std::uint32_t>(byte(i + 1)) << 8 | byte(i + 2);
+        out += kBase64[group >> 18];
+        out += kBase64[group >> 12 & 63];
+        out += i + 1 < bytes.size() ? kBase64[group >> 6 & 63] : '=';
+        out += i + 2 < bytes.size() ? kBase64[group & 63] : '=';
+    }
+}
+
 }  // namespace
 
 Result<Json> Json::Parse(std::string text) {
@@ -104,6 +119,8 @@ std::string QuoteJson(std::string_view utf8) {
     return Tree(utf8).dump(-1, ' ', false, Tree::error_handler_t::replace);
 }
 
+void Params::WriteTo(std::string& out) const { out.append("{").append(members_).append("}"); }
+
 void Params::Name(std::string_view name) {
     if (!members_.empty()) members_ += ',';
     members_.append("\"").append(name).append("\":");
@@ -124,6 +141,14 @@ Params& Params::Flag(std::string_view name, bool value) {
     return Raw(name, value ? "true" : "false");
 }
 
+Params& Params::Base64(std::string_view name, std::string_view bytes) {
+    Name(name);
+    members_ += '"';
+    AppendBase64(bytes, members_);
+    members_ += '"';
+    return *this;
+}
+
 Params& Params::Raw(std::string_view name, std::string_view json) {
     Name(name);
     members_ += json;
@@ -132,18 +157,7 @@ Params& Params::Raw(std::string_view name, std::string_view json) {
 
 std::string EncodeBase64(std::string_view bytes) {
     std::string out;
-    out.reserve((bytes.size() + 2) / 3 * 4);
-    for (std::size_t i = 0; i < bytes.size(); i += 3) {
-        const auto byte = [&](std::size_t k) {
-            return k < bytes.size() ? static_cast<std::uint8_t>(bytes[k]) : std::uint8_t{0};
-        };
-        const std::uint32_t group = static_cast<std::uint32_t>(byte(i)) << 16 |
-                                    static_cast<std::uint32_t>(byte(i + 1)) << 8 | byte(i + 2);
-        out += kBase64[group >> 18];
-        out += kBase64[group >> 12 & 63];
-        out += i + 1 < bytes.size() ? kBase64[group >> 6 & 63] : '=';
-        out += i + 2 < bytes.size() ? kBase64[group & 63] : '=';
-    }
+    AppendBase64(bytes, out);
     return out;
 }
 

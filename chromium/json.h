@@ -58,11 +58,13 @@ public:
     Params& Text(std::string_view name, std::string_view utf8);
     Params& Number(std::string_view name, double value);
     Params& Flag(std::string_view name, bool value);
+    /// Any bytes, as base64 text.
+    Params& Base64(std::string_view name, std::string_view bytes);
     /// `json` is written as it stands.
     Params& Raw(std::string_view name, std::string_view json);
 
-    /// The object as JSON text.
-    [[nodiscard]] std::string Write() const { return "{" + members_ + "}"; }
+    /// The object as JSON text, behind what `out` holds.
+    void WriteTo(std::string& out) const;
 
 private:
     void Name(std::string_view name);

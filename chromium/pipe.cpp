@@ -6,6 +6,7 @@
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
+#include <utility>
 
 namespace chromium {
 namespace {
@@ -34,12 +35,14 @@ void Pipe::Close() {
     CloseEnd(writeEnd_);
 }
 
-void Pipe::Queue(std::string_view message) {
-    if (sent_ == out_.size()) {
-        out_.clear();
-        sent_ = 0;
+void Pipe::Queue(std::string message) {
+    message.push_back('\0');
+    if (sent_ < out_.size()) {
+        out_ += message;
+        return;
     }
-    out_.append(message).push_back('\0');
+    out_ = std::move(message);
+    sent_ = 0;
 }
 
 bool Pipe::Write() {
@@ -48,6 +51,10 @@ bool Pipe::Write() {
             send(writeEnd_, out_.data() + sent_, out_.size() - sent_, MSG_NOSIGNAL);
         if (count < 0) return IsTransient(errno);
         sent_ += static_cast<std::size_t>(count);
+    }
+    if (sent_ > kReadBytes) {  // A large message is not kept for ever.
+        out_ = {};
+        sent_ = 0;
     }
     return true;
 }
@@ -85,6 +92,13 @@ bool Pipe::Next(std::string& message) {
     if (end == std::string::npos) {
         searched_ = in_.size();
         return false;
+    }
+    if (taken_ == 0 && end + 1 == in_.size()) {
+        // The usual case; a large message, such as a PDF, needs no second copy then.
+        in_.pop_back();
+        message = std::exchange(in_, {});
+        searched_ = 0;
+        return true;
     }
     message.assign(in_, taken_, end - taken_);
     taken_ = searched_ = end + 1;

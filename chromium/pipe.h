@@ -19,7 +19,7 @@ public:
     Pipe& operator=(const Pipe&) = delete;
 
     /// Queues a message; the next `Exchange` sends it.
-    void Queue(std::string_view message);
+    void Queue(std::string message);
 
     /// Sends and receives what it can, waiting at most until `until` for something to move.
     /// \return false at the end of file or on an error: nothing more will come.

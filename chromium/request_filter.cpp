@@ -26,11 +26,15 @@ RequestFilter::~RequestFilter() {
 void RequestFilter::OnEvent(const Event& event) {
     if (event.method != "Fetch.requestPaused") return;
     const Json& params = event.params;
-    const Answer answer = decide_(Request{params["request"]["url"].Text(),
-                                          params["resourceType"].Text(), params["frameId"].Text()});
+    const std::string& type = params["resourceType"].Text();
+    const Answer answer =
+        decide_(Request{params["request"]["url"].Text(), type, params["frameId"].Text()});
     Params reply;
     reply.Text("requestId", params["requestId"].Text());
-    const Params refusal = Params(reply).Text("errorReason", "BlockedByClient");
+    // A document that is aborted leaves what was there; one that is blocked gives way to a page of
+    // the browser's that says so.
+    const Params refusal =
+        Params(reply).Text("errorReason", type == "Document" ? "Aborted" : "BlockedByClient");
     if (answer.kind == Answer::Kind::Continue) {
         browser_.Post(event.session, "Fetch.continueRequest", reply);
         return;
@@ -42,11 +46,11 @@ void RequestFilter::OnEvent(const Event& event) {
     std::string headers = "[";
     for (const auto& [name, value] : answer.headers) {
         if (headers.size() > 1) headers += ',';
-        headers += Params().Text("name", name).Text("value", value).Write();
+        Params().Text("name", name).Text("value", value).WriteTo(headers);
     }
     reply.Number("responseCode", answer.status)
         .Raw("responseHeaders", headers + "]")
-        .Text("body", EncodeBase64(answer.body));
+        .Base64("body", answer.body);
     // A body that is too large for one message; no answer at all would hold the page up.
     if (!browser_.Post(event.session, "Fetch.fulfillRequest", reply)) {
         browser_.Post(event.session, "Fetch.failRequest", refusal);

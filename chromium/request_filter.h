@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
@@ -9,6 +10,9 @@
 #include "chromium/browser.h"
 
 namespace chromium {
+
+/// The largest body that an answer may serve, in bytes: in base64 it must fit into one call.
+inline constexpr std::size_t kLargestBody = std::size_t{70} << 20;
 
 /// Something that a document wants to load.
 struct Request {

@@ -55,15 +55,21 @@ TEST(Json, LivesAsLongAsAnyPartOfIt) {
 }
 
 TEST(Params, WritesWhatTheBrowserReads) {
-    EXPECT_EQ(Params().Write(), "{}");
-    EXPECT_EQ(Params()
-                  .Text("t", "a\"\\\n\xC3\xA9\xFF")
-                  .Number("n", 0.25)
-                  .Number("w", 1280)
-                  .Flag("f", false)
-                  .Raw("r", "[1]")
-                  .Write(),
+    std::string out = "x";
+    Params().WriteTo(out);
+    EXPECT_EQ(out, "x{}");
+    out.clear();
+    Params()
+        .Text("t", "a\"\\\n\xC3\xA9\xFF")
+        .Number("n", 0.25)
+        .Number("w", 1280)
+        .Flag("f", false)
+        .Base64("b", "foob")
+        .Raw("r", "[1]")
+        .WriteTo(out);
+    EXPECT_EQ(out,
               "{\"t\":\"a\\\"\\\\\\n\xC3\xA9\xEF\xBF\xBD\",\"n\":0.25,\"w\":1280,\"f\":false,"
+              "\"b\":\"Zm9vYg==\","
               "\"r\":[1]}");
 }
 
