@@ -24,8 +24,8 @@ Error Fault(const WideString& name, const std::string& why) {
 
 std::string LastCode() { return "(error " + std::to_string(GetLastError()) + ")"; }
 
-bool ReadAll(HANDLE file, Bytes& bytes) {
-    std::size_t done = 0;
+/// Fills the bytes from `done` on.
+bool ReadRest(HANDLE file, Bytes& bytes, std::size_t done) {
     while (done < bytes.size()) {
         const std::size_t left = bytes.size() - done;
         const DWORD wanted = left < kReadAtOnce ? static_cast<DWORD>(left) : kReadAtOnce;
@@ -70,15 +70,14 @@ Result<Bytes> ReadStorageFile(const WideString& path) {
         return Fault(path, "is malformed: it has " + std::to_string(size.QuadPart) + " bytes");
     }
     Bytes bytes(kSizeBytes);
-    if (!ReadAll(file.Get(), bytes)) return Fault(path, "can't be read " + LastCode());
+    if (!ReadRest(file.Get(), bytes, 0)) return Fault(path, "can't be read " + LastCode());
     if (ReadBlockSize(bytes) != static_cast<std::uint64_t>(size.QuadPart)) {
         return Fault(path, "is malformed: its length is given as " +
                                std::to_string(ReadBlockSize(bytes)) + ", but it has " +
                                std::to_string(size.QuadPart) + " bytes");
     }
-    Bytes rest(static_cast<std::size_t>(size.QuadPart) - kSizeBytes);
-    if (!ReadAll(file.Get(), rest)) return Fault(path, "can't be read " + LastCode());
-    bytes.insert(bytes.end(), rest.begin(), rest.end());
+    bytes.resize(static_cast<std::size_t>(size.QuadPart));
+    if (!ReadRest(file.Get(), bytes, kSizeBytes)) return Fault(path, "can't be read " + LastCode());
     return bytes;
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 #include "converter/clean_up.h"
@@ -60,8 +61,12 @@ static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler sets it"
 
 void OnSignal(int) { cancelled = true; }
 
-/// A second signal of a kind ends the program at once.
+/// A second signal of a kind ends the program at once. A reader of our messages who went away and
+/// a file that may not grow are errors of the calls that meet them, and no reason to end in the
+/// middle of the work.
 void CatchSignals() {
+    signal(SIGPIPE, SIG_IGN);
+    signal(SIGXFSZ, SIG_IGN);
     struct sigaction action {};
     action.sa_handler = OnSignal;
     action.sa_flags = SA_RESETHAND;
@@ -77,20 +82,25 @@ void ShowProgress(const std::string& text) {
 
 bool ExistsAsFile(const WideString& path) { return IsRegularFile(HostPath(path)); }
 
+/// Takes the block, which may be large, so that it goes when it is decoded.
+Result<Job> ReadJob(Result<std::vector<std::uint8_t>> block) {
+    if (!block) return block.GetError();
+    return ReadJobBlock(*block);
+}
+
 ExitCode Convert(const WideString& arguments) {
     const Result<CommandLine> line = ParseCommandLine(arguments, ExistsAsFile);
     if (!line) {
         Tell(line.GetError().text + " See --help.");
         return ExitCode::BadCommandLine;
     }
-    const Result<std::vector<std::uint8_t>> block = FetchJobBlock(*line);
-    const Result<Job> job = block ? ReadJobBlock(*block) : Result<Job>(block.GetError());
+    const Result<Job> job = ReadJob(FetchJobBlock(*line));
     if (!job) {
         Tell(job.GetError().text);
         return ExitCode::BadJob;
     }
+    CatchSignals();  // From here on there are files to remove.
     if (!line->storageFile.empty()) RemoveStorageFile(HostPath(line->storageFile));
-    CatchSignals();
     const bool shows = isatty(STDERR_FILENO) == 1 && !line->hidden;
     Surroundings around;
     around.cancel = &cancelled;
@@ -104,8 +114,8 @@ ExitCode Convert(const WideString& arguments) {
     return RunJob(*job, *line, around);
 }
 
-ExitCode PrintJob(const Result<std::vector<std::uint8_t>>& block, ShowPasswords show) {
-    const Result<Job> job = block ? ReadJobBlock(*block) : Result<Job>(block.GetError());
+ExitCode PrintJob(Result<std::vector<std::uint8_t>> block, ShowPasswords show) {
+    const Result<Job> job = ReadJob(std::move(block));
     if (!job) {
         Tell(job.GetError().text);
         return ExitCode::BadJob;

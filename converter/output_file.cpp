@@ -41,10 +41,18 @@ bool WriteAll(int file, const std::string& bytes) {
 
 mode_t ModeFor(const std::string& path) {
     struct stat about {};
-    if (stat(path.c_str(), &about) == 0) return about.st_mode & 07777;
+    if (stat(path.c_str(), &about) == 0) return about.st_mode & 0777;
     const mode_t mask = umask(0);
     umask(mask);
     return kUsualMode & ~mask;
+}
+
+/// The folder's permissions alone would allow a replacement. No user but root is refused by
+/// `access` only, so that the bits count too.
+bool IsProtected(const std::string& path) {
+    struct stat about {};
+    if (stat(path.c_str(), &about) != 0) return false;
+    return (about.st_mode & 0222) == 0 || access(path.c_str(), W_OK) != 0;
 }
 
 /// The name itself is on the disk only when its folder is. Not every file system can; that is no
@@ -107,12 +115,15 @@ Outcome WriteOutputFile(const std::string& path, const std::string& bytes,
     if (stat(target.c_str(), &about) == 0 && !S_ISREG(about.st_mode)) {
         return Error{path + " is no ordinary file and can't be replaced."};
     }
+    if (IsProtected(target)) return Error{path + " is write-protected."};
     // Hidden and with a short name: a long one could have no room for the addition.
     std::string part = folder + "/.quvada-XXXXXX";
     const int file = mkostemp(part.data(), O_CLOEXEC);
     if (file < 0) return Error{Why(path, "written")};
     platform::ScopeExit remove([&] { (void)unlink(part.c_str()); });
-    const bool written = fchmod(file, ModeFor(target)) == 0 && WriteAll(file, bytes);
+    // Some file systems know no permissions; the PDF is worth more.
+    (void)fchmod(file, ModeFor(target));
+    const bool written = WriteAll(file, bytes);
     const int error = errno;
     if (close(file) != 0 || !written) {
         if (!written) errno = error;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <exception>
 #include <qpdf/Pl_Flate.hh>
+#include <qpdf/Pl_String.hh>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFObjectHandle.hh>
 #include <qpdf/QPDFPageDocumentHelper.hh>
@@ -154,8 +155,10 @@ std::string CompareProtection(QPDF& pdf, const std::string& bytes, const Protect
 }
 
 std::string WriteFinished(QPDF& pdf, const PdfWish& wish) {
+    std::string finished;
+    Pl_String out("finished PDF", nullptr, finished);
     QPDFWriter writer(pdf);
-    writer.setOutputMemory();
+    writer.setOutputPipeline(&out);
     writer.setPreserveEncryption(false);
     Pack(writer, wish.compression, wish.minor);
     if (wish.protection) Protect(writer, *wish.protection);
@@ -164,8 +167,7 @@ std::string WriteFinished(QPDF& pdf, const PdfWish& wish) {
     writer.forcePDFVersion(VersionText(wish.minor),
                            wish.protection ? wish.protection->extensionLevel : 0);
     writer.write();
-    const auto buffer = writer.getBufferSharedPointer();
-    return {reinterpret_cast<const char*>(buffer->getBuffer()), buffer->getSize()};
+    return finished;
 }
 
 }  // namespace

@@ -32,6 +32,10 @@ Result<std::string> RandomPassword() {
 }
 
 Result<std::string> PasswordBytes(const platform::WideString& password, bool utf8) {
+    // The library ends a password there, and the file would open with the shorter one.
+    if (password.find(WCHAR{0}) != platform::WideString::npos) {
+        return Error{"A password holds a zero character, which nobody can type."};
+    }
     const std::string text = platform::ToUtf8(password);
     if (utf8) return text;
     std::string bytes;

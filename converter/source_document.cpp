@@ -62,6 +62,27 @@ bool StartsWithTag(std::string_view text, std::string_view tag) {
     return std::string_view(" \t\r\n/>").find(text[tag.size()]) != std::string_view::npos;
 }
 
+std::size_t EndOfComment(std::string_view text) {
+    const std::size_t end = text.find("-->", 2);  // "<!-->" is a whole one
+    return end == std::string_view::npos ? text.size() : end + 3;
+}
+
+/// The length of the tag at the start, whose quoted values may hold anything; 1 if it is none. A
+/// tag without an end takes the rest, as it does in browsers.
+std::size_t EndOfTag(std::string_view text) {
+    const bool letter = text.size() > 1 && (text[1] | 0x20) >= 'a' && (text[1] | 0x20) <= 'z';
+    if (!letter) return 1;
+    char before = 0;  // the last character that is no blank
+    for (std::size_t i = 1; i < text.size(); ++i) {
+        if (text[i] == '>') return i + 1;
+        const bool quoted = before == '=' && (text[i] == '"' || text[i] == '\'');
+        if (quoted) i = text.find(text[i], i + 1);
+        if (i == std::string_view::npos) break;
+        if (std::string_view(" \t\r\n\f").find(text[i]) == std::string_view::npos) before = text[i];
+    }
+    return text.size();
+}
+
 /// The place behind the end tag, counted from the start of the text; npos if there is none.
 std::size_t EndOfElement(std::string_view text, std::string_view endTag) {
     for (std::size_t at = text.find('<'); at != std::string_view::npos;
@@ -82,8 +103,8 @@ std::string RedirectSheets(std::string_view text, std::string_view folderName) {
     for (std::size_t at = text.find(inFolder); at != std::string_view::npos;
          at = text.find(inFolder, at + 1)) {
         const std::size_t least = std::max(done, at - std::min(at, kLongestUrl));
-        const std::size_t edge = text.substr(0, at).find_last_of("\"'()<> \t\r\n=");
-        const std::size_t start = std::max(least, edge == std::string_view::npos ? 0 : edge + 1);
+        const std::size_t edge = text.substr(least, at - least).find_last_of("\"'()<> \t\r\n=");
+        const std::size_t start = edge == std::string_view::npos ? least : least + edge + 1;
         if (!text.substr(start).starts_with("file:")) continue;
         out += text.substr(done, start - done);
         out += kSheets;
@@ -100,25 +121,23 @@ std::string DropNoscript(std::string_view markup) {
         std::string_view tag;
         std::string_view endTag;
         bool dropped;
+        bool ends;  // an end tag may still come; asked once, or each start would search the rest
     };
-    static constexpr Opaque kOpaque[] = {{"<noscript", "</noscript", true},
-                                         {"<script", "</script", false},
-                                         {"<style", "</style", false},
-                                         {"<textarea", "</textarea", false}};
+    Opaque opaques[] = {{"<noscript", "</noscript", true, true},
+                        {"<script", "</script", false, true},
+                        {"<style", "</style", false, true},
+                        {"<textarea", "</textarea", false, true}};
     std::string out;
     std::size_t done = 0;
     std::size_t at = markup.find('<');
     while (at != std::string_view::npos) {
         const std::string_view rest = markup.substr(at);
-        std::size_t length = 1;
-        if (rest.starts_with("<!--")) {
-            const std::size_t end = rest.find("-->", 4);
-            length = end == std::string_view::npos ? rest.size() : end + 3;
-        }
-        for (const Opaque& opaque : kOpaque) {
-            if (!StartsWithTag(rest, opaque.tag)) continue;
+        std::size_t length = rest.starts_with("<!--") ? EndOfComment(rest) : EndOfTag(rest);
+        for (Opaque& opaque : opaques) {
+            if (!opaque.ends || !StartsWithTag(rest, opaque.tag)) continue;
             const std::size_t end = EndOfElement(rest, opaque.endTag);
-            if (end == std::string_view::npos) continue;
+            opaque.ends = end != std::string_view::npos;
+            if (!opaque.ends) continue;
             length = end;
             if (!opaque.dropped) continue;
             out += markup.substr(done, at - done);
@@ -145,6 +164,11 @@ Result<SourceDocument> SourceDocument::Make(const Item& item, const platform::Wi
                          : item.sourceIsTemporary    ? document.UseCapture(item)
                                                      : document.UseAddress(ToUtf8(item.source));
     if (!made) return made.GetError();
+    if (document.body_ && document.body_->size() > chromium::kLargestBody) {
+        return Error{"The page is too large for the browser: " +
+                     std::to_string(document.body_->size() >> 20) + " MiB, of " +
+                     std::to_string(chromium::kLargestBody >> 20) + " that it takes."};
+    }
     return document;
 }
 
@@ -205,11 +229,12 @@ Answer SourceDocument::Decide(const Request& request, const std::string& mainFra
         if (body_) {
             // By order and not by address, which the browser may spell in another way.
             const bool first = !std::exchange(served_, true);
-            return first ? Serve(*body_, "text/html; charset=utf-8") : Answer::Refuse();
+            return first ? Serve(std::move(*body_), "text/html; charset=utf-8") : Answer::Refuse();
         }
-        // A server may lead on to another address, but never into this machine.
-        return local_ || IsWebUrl(request.url) || !PathOfFileUrl(request.url) ? Answer::Continue()
-                                                                              : Answer::Refuse();
+        // Page and server may lead on to the web; only a local page also to files, and only to
+        // those that it could show in a frame.
+        if (!std::exchange(served_, true) || IsWebUrl(request.url)) return Answer::Continue();
+        return local_ ? DecideLocal(request) : Answer::Refuse();
     }
     if (!document && !IsPassive(request.type)) return Answer::Refuse();
     if (hasSheets_ && request.url.starts_with(kSheets)) return ServeSheet(request);

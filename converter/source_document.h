@@ -42,7 +42,7 @@ private:
     bool local_ = false;               // a page on this machine
     bool hasSheets_ = false;           // a captured page with a folder of style sheets
     std::string folder_;               // where frames of a local page may come from, links resolved
-    bool served_ = false;              // the markup has gone out
+    bool served_ = false;              // the first answer has gone out
     bool sealed_ = false;
 };
 

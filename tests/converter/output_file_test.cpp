@@ -50,6 +50,8 @@ TEST_F(OutputFileTest, ReplacesInOneStepAndKeepsWhatItReplacesOtherwise) {
     const std::atomic<bool> cancel = true;
     EXPECT_FALSE(WriteOutputFile(path, "third", &cancel));
     EXPECT_FALSE(WriteOutputFile(folder_, "third", nullptr));
+    fs::permissions(path, fs::perms::owner_read);
+    EXPECT_FALSE(WriteOutputFile(path, "third", nullptr)) << "write-protected";
     EXPECT_FALSE(WriteOutputFile(folder_ / "none/a.pdf", "third", nullptr));
     EXPECT_EQ(Read(path), "second");
     EXPECT_EQ(CountFiles(), 2);

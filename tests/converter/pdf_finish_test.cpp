@@ -245,6 +245,8 @@ TEST(Protection, DecidesWhatAJobLeavesOpen) {
     security.hasUserPassword = true;
     security.userPassword.clear();
     EXPECT_FALSE(DecideProtection(security)) << "would open without a password";
+    security.userPassword.assign(1, WCHAR{0});
+    EXPECT_FALSE(DecideProtection(security)) << "would be cut off before the zero";
     security.userPassword = TEXT("\u4E2D");
     EXPECT_EQ(DecideProtection(security)->userPassword, "\xE4\xB8\xAD");
     security.type = Encryption::AesBits128;

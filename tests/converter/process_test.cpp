@@ -172,6 +172,37 @@ TEST_F(ProcessTest, AsksForTheNameWhenTheJobSaysSo) {
     EXPECT_TRUE(fs::exists(folder_ / "kept.bin")) << "a name that the add-in does not give";
 }
 
+TEST_F(ProcessTest, GoesOnAfterAFailedItemAndAsksNobodyWhenHidden) {
+    QVD_NEED_BROWSER();
+    BlockBytes block;
+    block.Byte(12).Byte(0).Byte(0).Byte(0).Byte(1).Text(TEXT("Title")).Byte(0).Zeros(8).Byte(0);
+    block.U32(3);
+    for (const fs::path& source : {folder_ / "none.html", page_, page_}) {
+        block.Text(platform::FromUtf8(source.string())).Zeros(12).U32(0).Zeros(3);
+    }
+    std::string line = kNumbers + ("\\hi \\bp " + WriteBlock(block.Done()));
+    line.replace(line.find("65540"), 5, "15");
+    const fs::path old = fs::current_path();
+    fs::current_path(folder_);
+    EXPECT_EQ(Run({line}), static_cast<int>(ExitCode::PageFailed)) << Output();
+    fs::current_path(old);
+    EXPECT_NE(Output().find("the file is PDF 1.7"), std::string::npos);
+    EXPECT_TRUE(ReadText(folder_ / "Title.pdf").starts_with("%PDF-1.7"));
+    EXPECT_TRUE(fs::exists(folder_ / "Title (2).pdf"));
+    ExpectNothingLeft();
+}
+
+TEST_F(ProcessTest, LetsNoPageLeadToAnotherFile) {
+    QVD_NEED_BROWSER();
+    std::ofstream(folder_ / "t.html")
+        << "<meta http-equiv=refresh content='0;url=file:///etc/passwd'><title>Kept</title>x";
+    page_ = folder_ / "t.html";
+    ASSERT_EQ(Run({kNumbers + ("\\bp " + WriteBlock(Block()))}), 0) << Output();
+    QPDF pdf;
+    pdf.processFile(pdf_.c_str());
+    EXPECT_EQ(pdf.getTrailer().getKey("/Info").getKey("/Title").getUTF8Value(), "Kept");
+}
+
 TEST_F(ProcessTest, RefusesWhatIsMalformedAndWritesNothing) {
     const Bytes good = Block();
     Bytes cut(good.begin(), good.end() - 1);

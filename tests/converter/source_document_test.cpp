@@ -90,6 +90,13 @@ TEST_F(SourceDocumentTest, LetsALocalPageFrameItsOwnTreeOnly) {
     for (const std::string& source : {Url("site/page.html"), (root_ / "site/page.html").string()}) {
         SourceDocument document = Make(ItemOf(source));
         EXPECT_EQ(document.Url(), Url("site/page.html"));
+        const auto lead = [&](const std::string& url) {
+            return document.Decide({url, "Document", kMain}, kMain).kind;
+        };
+        EXPECT_EQ(lead(document.Url()), Kind::Continue);
+        EXPECT_EQ(lead(Url("site/sub/frame.html")), Kind::Continue);
+        EXPECT_EQ(lead("http://x.example/"), Kind::Continue);
+        EXPECT_EQ(lead(Url("secret.txt")), Kind::Refuse) << "a page that leads to any file";
         Check(document,
               {{"own frame", "Document", Url("site/sub/frame.html"), Kind::Continue},
                {"picture elsewhere", "Image", Url("secret.txt"), Kind::Continue},
@@ -138,6 +145,9 @@ TEST_F(SourceDocumentTest, ServesASelectionAtItsPagesAddress) {
     EXPECT_NE(page.body.find("<title>A &lt; B</title></head><body><b>x</b></body>"),
               std::string::npos)
         << page.body;
+    item.selectionHtml.assign(chromium::kLargestBody + 1, WCHAR{'x'});
+    EXPECT_FALSE(SourceDocument::Make(item, TEXT(""))) << "more than the browser can take";
+    item.selectionHtml = TEXT("x");
     item.source = TEXT("about:blank");
     EXPECT_EQ(Make(item).Url(), "http://selection.invalid/");
     item.source.clear();
@@ -193,8 +203,15 @@ TEST(DropNoscript, LeavesEverythingElse) {
         {"<noscript", "<noscript"},
         {"<", "<"},
         {"<!--", "<!--"},
+        {"<!--><noscript>x</noscript>a", "<!-->a"},
+        {"<p title='<noscript>'>a</p></noscript>", "<p title='<noscript>'>a</p></noscript>"},
+        {"<p a'><noscript>x</noscript>b", "<p a'>b"},
+        {"<p title=\"<noscript>x</noscript>", "<p title=\"<noscript>x</noscript>"},
     };
     for (const Case& c : kCases) EXPECT_EQ(DropNoscript(c.markup), c.left);
+    std::string hostile;  // Would take hours if each start searched the rest.
+    for (int k = 0; k < 1'000'000; ++k) hostile += "<script <noscript ";
+    EXPECT_EQ(DropNoscript("<p>" + hostile), "<p>" + hostile);
 }
 
 TEST(Paths, GoFromFileUrlsAndBack) {
