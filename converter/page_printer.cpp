@@ -78,6 +78,8 @@ Result<std::string> PrintPage(SourceDocument document, const CommandLine& line,
     around.progress("Starting the browser");
     chromium::LaunchOptions launch;
     launch.cancel = around.cancel;
+    // A frame from another site could begin before its session is told to run no scripts.
+    launch.flags = {"--blink-settings=scriptEnabled=false"};
     const auto browser = Browser::Launch(launch);
     if (!browser) return browser.GetError();
     std::string mainFrame;
