@@ -8,7 +8,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const AUX::AStringView text(reinterpret_cast<const char*>(data), size);
     AUX::WString password;
-    if (!DecodePasswordText(text, password)) {
+    if (AUX::IsFailure(DecodePasswordText(text, password))) {
         if (!password.IsEmpty()) std::abort();
         return 0;
     }
@@ -17,6 +17,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     AUX::WString again;
     if (!EncodePasswordText(password, encoded)) std::abort();
     if (encoded.Length() != EncodedPasswordSize(password.Length())) std::abort();
-    if (!DecodePasswordText(encoded, again) || !(again == password)) std::abort();
+    if (AUX::IsFailure(DecodePasswordText(encoded, again)) || !(again == password)) std::abort();
     return 0;
 }

@@ -40,23 +40,29 @@ void TakeLegacyLength(HKEY key, ConversionSettings& settings, const LengthForm& 
     (void)RegDeleteValueW(key, form.legacyName);  // If it stays, it is taken again next time.
 }
 
-void LoadRow(HKEY key, ConversionSettings& settings, const SettingRow& row) noexcept {
+/// \return false if the row's value is there and memory does not suffice for it.
+bool LoadRow(HKEY key, ConversionSettings& settings, const SettingRow& row) noexcept {
     const SettingVisitor load{
         [&](const FlagForm& form) {
             std::uint32_t value = 0;
             if (ReadDwordValue(key, row.name, value)) form.field(settings) = value != 0;
+            return true;
         },
         [&](const NumberForm& form) {
             (void)ReadDwordValue(key, row.name, form.field(settings));  // Missing: stays.
+            return true;
         },
         [&](const LengthForm& form) {
             std::uint32_t value = 0;
             if (ReadDwordValue(key, row.name, value)) form.field(settings) = value / 1000.0;
+            return true;
         },
-        [&](const TextForm& form) { ReadStringValue(key, row.name, form.field(settings)); },
-        [&](const PasswordForm& form) { ReadPasswordValue(key, row.name, form.field(settings)); },
+        [&](const TextForm& form) { return ReadStringValue(key, row.name, form.field(settings)); },
+        [&](const PasswordForm& form) {
+            return ReadPasswordValue(key, row.name, form.field(settings));
+        },
     };
-    std::visit(load, row.form);
+    return std::visit(load, row.form);
 }
 
 void SaveRow(HKEY key, ConversionSettings& settings, const SettingRow& row) noexcept {
@@ -102,7 +108,8 @@ SecuritySettings::~SecuritySettings() {
 
 ConversionSettings::ConversionSettings(const WCHAR* keyPath) noexcept
     : Security(SharedRef<SecuritySettings>::Make()), RunApp(SharedRef<RunAppSettings>::Make()) {
-    (void)KeyPath.Assign(keyPath);  // Stays empty when it fails: there is no key then.
+    // A key that is there but cannot be named must not pass for settings that were never saved.
+    if (!KeyPath.Assign(keyPath)) Security.Reset();
     ResetToDefaults();
 }
 
@@ -118,25 +125,27 @@ void ConversionSettings::ResetToDefaults() noexcept {
 }
 
 HRESULT ConversionSettings::Load() noexcept {
+    if (!IsComplete(*this)) return E_FAIL;
     if (KeyPath.IsEmpty()) return S_OK;
     platform::RegistryKey key;
     if (RegOpenKeyExW(HKEY_CURRENT_USER, KeyPath.Text(), 0, kAccess, key.Put()) != ERROR_SUCCESS) {
         return S_OK;
     }
-    if (!IsComplete(*this)) return E_FAIL;
-
     for (const SettingRow& row : SettingRows()) {
         if (const auto* length = std::get_if<LengthForm>(&row.form)) {
             TakeLegacyLength(key.Get(), *this, *length);
         }
     }
-    for (const SettingRow& row : SettingRows()) LoadRow(key.Get(), *this, row);
+    bool isWhole = true;
+    for (const SettingRow& row : SettingRows()) {
+        if (!LoadRow(key.Get(), *this, row)) isWhole = false;
+    }
     key.Reset();
 
     if (PDFSpecification >= kOldVersionFirst && PDFSpecification < kOldVersionEnd) {
         PDFSpecification = kVersionBase + (PDFSpecification - kOldVersionFirst);
     }
-    return S_OK;
+    return isWhole ? S_OK : E_OUTOFMEMORY;
 }
 
 HRESULT ConversionSettings::Save() noexcept {

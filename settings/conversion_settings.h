@@ -11,8 +11,8 @@
 /// browser tab; belongs to the tab's user-interface thread. Lengths are points of 1/72 inch,
 /// whatever unit the user sees. The defaults stand in the table of rows (setting_rows.cpp).
 ///
-/// Security and RunApp are shared with the job of the tab. Either is null when memory ran out at
-/// construction: the record then works without it, but is neither loaded nor saved, so that no
+/// Security and RunApp are shared with the job of the tab. When memory runs out at construction one
+/// of them is null: the record then works without it, but is neither loaded nor saved, so that no
 /// document loses a protection that the user had set.
 class ConversionSettings {
 public:
@@ -43,8 +43,8 @@ public:
     AUX::WString CeArgument;
     AUX::WString KeyPath;  ///< Below HKEY_CURRENT_USER.
 
-    /// Sets the defaults. A null or empty path, and one that memory does not suffice for, leaves
-    /// KeyPath empty: such a record has no key and is neither loaded nor saved.
+    /// Sets the defaults. A null or empty path leaves KeyPath empty: there is no key then, and
+    /// loading and saving do nothing. Of a path that memory does not suffice for Security is null.
     explicit ConversionSettings(const WCHAR* keyPath) noexcept;
     ConversionSettings(const ConversionSettings&) = delete;
     ConversionSettings& operator=(const ConversionSettings&) = delete;
@@ -57,7 +57,8 @@ public:
     /// another type, leaves its field, but passwords become empty. Lengths under their old names
     /// are taken over and those values deleted. A key that cannot be opened for reading and writing
     /// changes nothing.
-    /// \return E_FAIL, with nothing changed, if there is a key and a shared record is missing;
+    /// \return E_FAIL, with nothing changed, if a shared record is missing; E_OUTOFMEMORY, with all
+    ///         else read, if there is a text or password that memory does not suffice for;
     ///         otherwise S_OK.
     [[nodiscard]] HRESULT Load() noexcept;
 

@@ -70,11 +70,13 @@ bool EncodePasswordText(AUX::WStringView password, AUX::AString& text) noexcept 
     return true;
 }
 
-bool DecodePasswordText(AUX::AStringView text, AUX::WString& password) noexcept {
+AUX::Status DecodePasswordText(AUX::AStringView text, AUX::WString& password) noexcept {
     WipeText(password);
     const std::uint64_t maxBytes = std::uint64_t{text.size()} / 4 * 3 + 2;
-    if (maxBytes / 2 + 1 > AUX::WString::kMaxLength) return false;
-    if (!password.SetLength(static_cast<std::uint32_t>(maxBytes / 2 + 1))) return false;
+    if (maxBytes / 2 + 1 > AUX::WString::kMaxLength ||
+        !password.SetLength(static_cast<std::uint32_t>(maxBytes / 2 + 1))) {
+        return AUX::kStatusInsufficientMemory;
+    }
 
     auto* const bytes = reinterpret_cast<BYTE*>(password.Data());
     std::size_t count = 0;
@@ -95,9 +97,10 @@ bool DecodePasswordText(AUX::AStringView text, AUX::WString& password) noexcept 
     }
     if (count % 2 != 0) {
         WipeText(password);
-        return false;
+        return AUX::kStatusInvalidArgument;
     }
-    return password.SetLength(static_cast<std::uint32_t>(count / 2));
+    (void)password.SetLength(static_cast<std::uint32_t>(count / 2));  // Shorter, so it fits.
+    return AUX::kStatusOk;
 }
 
 void WipeText(AUX::WString& text) noexcept { Wipe(text); }

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "foundation/astring.h"
+#include "foundation/status.h"
 #include "foundation/wstring.h"
 
 /// The form in which passwords are kept in the registry and travel in a job: base64 (RFC 4648,
@@ -19,9 +20,11 @@
 
 /// Replaces `password` with what the text says. A zero byte in the place of a group's first
 /// character ends the text; every other character outside the alphabet is skipped, '=' too.
-/// \return false, with `password` empty, when the bytes are no whole code units, or memory runs
-/// out.
-[[nodiscard]] bool DecodePasswordText(AUX::AStringView text, AUX::WString& password) noexcept;
+/// \return kStatusInvalidArgument when the bytes are no whole code units;
+/// kStatusInsufficientMemory.
+///         `password` is empty after both.
+[[nodiscard]] AUX::Status DecodePasswordText(AUX::AStringView text,
+                                             AUX::WString& password) noexcept;
 
 /// Overwrites the whole block, then empties the string; the block stays.
 void WipeText(AUX::WString& text) noexcept;

@@ -36,15 +36,15 @@ void WriteDwordValue(HKEY key, const WCHAR* name, std::uint32_t value) noexcept 
                          sizeof(data));
 }
 
-void ReadStringValue(HKEY key, const WCHAR* name, AUX::WString& string) noexcept {
+bool ReadStringValue(HKEY key, const WCHAR* name, AUX::WString& string) noexcept {
     DWORD type = 0;
     DWORD size = 0;
-    if (!QueryValue(key, name, type, size) || !IsText(type)) return;
+    if (!QueryValue(key, name, type, size) || !IsText(type)) return true;
     if (size == 0) {
         string.Clear();
-        return;
+        return true;
     }
-    if (!string.SetLength(size / 2)) return;
+    if (!string.SetLength(size / 2)) return false;
 
     size = size / 2 * 2;  // An odd size does not fit any more, and so ends as a failed read.
     WCHAR nothing = 0;
@@ -52,10 +52,11 @@ void ReadStringValue(HKEY key, const WCHAR* name, AUX::WString& string) noexcept
     const bool read = ReadValue(key, name, type, data, size) == ERROR_SUCCESS && IsText(type);
     if (!read || size % 2 != 0 || size == 0 || data[size / 2 - 1] != 0) {
         string.Clear();
-        return;
+        return true;
     }
     const AUX::WStringView text(data);                                // Terminated, as just seen.
     (void)string.SetLength(static_cast<std::uint32_t>(text.size()));  // Shorter, so it fits.
+    return true;
 }
 
 void WriteStringValue(HKEY key, const WCHAR* name, const AUX::WString& string) noexcept {
@@ -65,18 +66,19 @@ void WriteStringValue(HKEY key, const WCHAR* name, const AUX::WString& string) n
                          (string.Length() + 1) * 2);
 }
 
-void ReadPasswordValue(HKEY key, const WCHAR* name, AUX::WString& string) noexcept {
+bool ReadPasswordValue(HKEY key, const WCHAR* name, AUX::WString& string) noexcept {
     WipeText(string);
     DWORD type = 0;
     DWORD size = 0;
-    if (!QueryValue(key, name, type, size) || type != REG_BINARY || size == 0) return;
+    if (!QueryValue(key, name, type, size) || type != REG_BINARY || size == 0) return true;
     AUX::AString text;
-    if (!text.SetLength(size)) return;
+    if (!text.SetLength(size)) return false;
+    AUX::Status status = AUX::kStatusOk;
     if (ReadValue(key, name, type, text.Data(), size) == ERROR_SUCCESS && type == REG_BINARY) {
-        const AUX::AStringView read(text.Data(), size);
-        (void)DecodePasswordText(read, string);  // Leaves an empty password when it fails.
+        status = DecodePasswordText({text.Data(), size}, string);
     }
     WipeText(text);
+    return status != AUX::kStatusInsufficientMemory;
 }
 
 void WritePasswordValue(HKEY key, const WCHAR* name, const AUX::WString& string) noexcept {

@@ -13,8 +13,9 @@ struct SecuritySettings final : SharedRecord {
     bool HasOwnerPassword = false;  ///< Needed to change the permissions.
     AUX::WString UserPassword;
     AUX::WString OwnerPassword;
-    std::uint32_t Type =
-        0;  ///< Encryption level: 40-bit RC4, 128-bit RC4, 128-bit AES, 256-bit AES.
+    /// Encryption level: 40-bit RC4, 128-bit RC4, 128-bit AES, 256-bit AES in its older form (of
+    /// Acrobat 9) and in its newer one (of Acrobat X).
+    std::uint32_t Type = 0;
     // Permissions of level 0.
     bool Allow40Printing = false;
     bool Allow40Changing = false;

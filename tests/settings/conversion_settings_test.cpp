@@ -5,16 +5,17 @@
 #include <limits>
 #include <vector>
 
-#include "foundation/memory_testing.h"
 #include "platform/registry.h"
 #include "platform/testing.h"
 #include "settings/setting_rows.h"
+#include "tests/support/fail_each_allocation.h"
 #include "tests/support/test_profile.h"
 
 namespace {
 
 using platform::WideString;
 using Bytes = std::vector<BYTE>;
+using C = ConversionSettings;
 
 constexpr WCHAR kKey[] = TEXT("Software\\Norvane Systems\\Quvada 6\\IE Addin");
 
@@ -48,31 +49,19 @@ struct RowCase {
     std::function<std::string(const ConversionSettings&)> show;
 };
 
-template <class Field>
-auto Show(Field ConversionSettings::*field) {
-    return [field](const ConversionSettings& s) { return std::to_string(s.*field); };
-}
-template <class Field>
-auto Show(Field SecuritySettings::*field) {
-    return [field](const ConversionSettings& s) {
-        if constexpr (std::is_same_v<Field, AUX::WString>)
-            return Shown((*s.Security).*field);
-        else
-            return std::to_string((*s.Security).*field);
-    };
-}
-template <class Field>
-auto Show(Field RunAppSettings::*field) {
-    return [field](const ConversionSettings& s) {
-        if constexpr (std::is_same_v<Field, AUX::WString>)
-            return Shown((*s.RunApp).*field);
-        else
-            return std::to_string((*s.RunApp).*field);
+template <class Owner, class Field>
+auto Show(Field Owner::*field) {
+    return [field](const ConversionSettings& settings) {
+        const Owner* owner = nullptr;
+        if constexpr (std::is_same_v<Owner, SecuritySettings>) owner = settings.Security.Get();
+        if constexpr (std::is_same_v<Owner, RunAppSettings>) owner = settings.RunApp.Get();
+        if constexpr (std::is_same_v<Owner, ConversionSettings>) owner = &settings;
+        if constexpr (std::is_same_v<Field, AUX::WString>) return Shown(owner->*field);
+        if constexpr (!std::is_same_v<Field, AUX::WString>) return std::to_string(owner->*field);
     };
 }
 
 std::vector<RowCase> AllRows() {
-    using C = ConversionSettings;
     using S = SecuritySettings;
     using R = RunAppSettings;
     const StoredValue off = Dword(0);
@@ -148,10 +137,6 @@ protected:
         value.data.resize(size);
         return value;
     }
-    bool HasKey() {
-        platform::RegistryKey key;
-        return RegOpenKeyExW(HKEY_CURRENT_USER, kKey, 0, 0x2001F, key.Put()) == ERROR_SUCCESS;
-    }
 
     test_support::TestProfile profile_;
     platform::RegistryKey key_;
@@ -187,27 +172,20 @@ TEST_F(ConversionSettingsTest, EachRowIsSavedAndLoadedUnderItsNameAndType) {
         EXPECT_EQ(Stored(row.name), isFlag ? Dword(1) : row.other) << Shown(row.name);
     }
 
-    settings.ResetToDefaults();
-    for (const RowCase& row : rows) EXPECT_EQ(row.show(settings), row.show(fresh));
-}
-
-TEST_F(ConversionSettingsTest, ResetKeepsTheRecordsAndThePathOnly) {
-    ConversionSettings settings(kKey);
-    const SecuritySettings* security = settings.Security.Get();
+    const SecuritySettings* const security = settings.Security.Get();
     settings.HiddenRun = true;
     settings.WebPageTargetHeight = 4000;
-    for (AUX::WString* text :
-         {&settings.SharedDataName, &settings.StorageFile, &settings.CeArgument}) {
-        ASSERT_TRUE(text->Assign(TEXT("x")));
+    for (auto text : {&C::SharedDataName, &C::StorageFile, &C::CeArgument}) {
+        ASSERT_TRUE((settings.*text).Assign(TEXT("x")));
     }
     settings.ResetToDefaults();
+    for (const RowCase& row : rows) EXPECT_EQ(row.show(settings), row.show(fresh));
     EXPECT_FALSE(settings.HiddenRun);
     EXPECT_EQ(settings.WebPageTargetHeight, 800u);
     EXPECT_TRUE(settings.SharedDataName.IsEmpty() && settings.StorageFile.IsEmpty() &&
                 settings.CeArgument.IsEmpty());
     EXPECT_EQ(settings.KeyPath, kKey);
     EXPECT_EQ(settings.Security.Get(), security);
-    EXPECT_FALSE(HasKey());
 }
 
 TEST_F(ConversionSettingsTest, MissingAndWrongValuesLeaveTheirFieldsButPasswordsAreEmptied) {
@@ -309,62 +287,39 @@ TEST_F(ConversionSettingsTest, ARecordWithoutAKeyTouchesNoRegistry) {
     }
 }
 
-TEST_F(ConversionSettingsTest, AMissingSharedRecordStopsLoadingAndSaving) {
+TEST_F(ConversionSettingsTest, ARecordThatIsNotWholeIsNeitherLoadedNorSaved) {
     Store(TEXT("LoadDelay"), Dword(9));
     Store(TEXT("PageWidth"), Dword(6120));
-    for (const bool isSecurity : {true, false}) {
+    const auto failures = test_support::FailEachAllocation([&](const auto& hasFailed) {
         ConversionSettings settings(kKey);
-        isSecurity ? settings.Security.Reset() : settings.RunApp.Reset();
+        EXPECT_EQ(settings.PDFSpecification, 0x10004u);
+        if (settings.Security && settings.RunApp) return;
+        EXPECT_TRUE(hasFailed());
         EXPECT_EQ(settings.Load(), E_FAIL);
         EXPECT_EQ(settings.Save(), E_FAIL);
         EXPECT_EQ(settings.LoadDelay, 500u);
-        settings.LoadDelay = 8;
-        settings.ResetToDefaults();
-        EXPECT_EQ(settings.LoadDelay, 500u);
-    }
+    });
+    EXPECT_GT(failures, 3u);  // Two records and two texts.
     EXPECT_EQ(Stored(TEXT("LoadDelay")), Dword(9));
     EXPECT_EQ(Stored(TEXT("PageWidth")), Dword(6120));
 }
 
-TEST_F(ConversionSettingsTest, ConstructionSurvivesEachFailedAllocation) {
-    AUX::testing::AllocationWatch watch;
-    std::uint64_t n = 0;
-    do {
-        const std::uint64_t before = watch.Failures();
-        watch.FailOnce(++n);
-        {
-            ConversionSettings settings(kKey);
-            EXPECT_EQ(settings.PDFSpecification, 0x10004u);
-            const bool isWhole = settings.Security && settings.RunApp;
-            EXPECT_TRUE(isWhole || settings.Save() == E_FAIL);
-        }
-        if (watch.Failures() == before) break;
-    } while (n < 100);
-    EXPECT_GT(n, 4u);  // Two records and two texts.
-    EXPECT_LT(n, 100u);
-    EXPECT_EQ(watch.LiveBlocks(), 0);
-}
-
-TEST_F(ConversionSettingsTest, LoadingSurvivesEachFailedAllocation) {
+TEST_F(ConversionSettingsTest, LoadingTellsOfTextsThatMemoryDoesNotSufficeFor) {
     Store(TEXT("RunPDFPath"), Text(TEXT("C:\\app.exe")));
     Store(TEXT("secUserPassword"), Ascii("YQBiAA=="));
     Store(TEXT("sec128EncryptMeta"), Dword(0));
-    AUX::testing::AllocationWatch watch;
-    std::uint64_t n = 0;
-    do {
+    int lost = 0;
+    const auto failures = test_support::FailEachAllocation([&](const auto& hasFailed) {
         ConversionSettings settings(kKey);
-        const std::uint64_t before = watch.Failures();
-        watch.FailOnce(++n);
-        ASSERT_EQ(settings.Load(), S_OK);
+        if (hasFailed()) return;
+        const HRESULT loaded = settings.Load();
+        EXPECT_EQ(loaded, hasFailed() ? E_OUTOFMEMORY : S_OK);
         EXPECT_FALSE(settings.Security->EncryptMetadata128) << "the rest was not loaded";
-        if (watch.Failures() == before) {
-            EXPECT_EQ(settings.Security->UserPassword, TEXT("ab"));
-            break;
-        }
-    } while (n < 100);
-    EXPECT_GT(n, 3u);
-    EXPECT_LT(n, 100u);
-    EXPECT_EQ(watch.LiveBlocks(), 0);
+        if (hasFailed()) ++lost;
+        EXPECT_TRUE(hasFailed() || settings.Security->UserPassword == TEXT("ab"));
+    });
+    EXPECT_GE(lost, 3);  // A path, a password and its text.
+    EXPECT_GT(failures, 6u);
 }
 
 TEST_F(ConversionSettingsTest, RefusedKeysAndWritesArePassedOver) {
@@ -375,7 +330,6 @@ TEST_F(ConversionSettingsTest, RefusedKeysAndWritesArePassedOver) {
         EXPECT_EQ(settings.Save(), S_OK);
         EXPECT_TRUE(fault.HasFired());
     }
-    EXPECT_FALSE(HasKey());
     {
         platform::testing::InjectedFault fault("RegSetValueExW", 2, ERROR_DISK_FULL);
         EXPECT_EQ(settings.Save(), S_OK);
