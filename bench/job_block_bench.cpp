@@ -2,6 +2,7 @@
 // against a vector that grows with each field.
 
 #include <benchmark/benchmark.h>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <vector>

@@ -38,10 +38,10 @@ const BenchProfile& Profile() {
 void LoadSettings(benchmark::State& state) {
     (void)Profile();
     ConversionSettings settings(TEXT("Software\\Norvane Systems\\Quvada 6\\IE Addin"));
-    if (settings.Save() != S_OK) state.SkipWithError("cannot save");
+    if (settings.Save() != S_OK) return state.SkipWithError("cannot save");
     settings.LoadDelay = 0;
     for (auto _ : state) {
-        if (settings.Load() != S_OK) state.SkipWithError("cannot load");
+        if (settings.Load() != S_OK) return state.SkipWithError("cannot load");
     }
     if (settings.LoadDelay != 500) state.SkipWithError("nothing was loaded");
 }
@@ -86,7 +86,10 @@ void PeerOneQueryAValue(benchmark::State& state) {
             sqlite3_bind_text(statement, 1, name.c_str(), -1, SQLITE_STATIC);
             rows += ReadRows(statement);
         }
-        if (rows != names.size()) state.SkipWithError("rows are missing");
+        if (rows != names.size()) {
+            state.SkipWithError("rows are missing");
+            break;
+        }
     }
     sqlite3_finalize(statement);
     sqlite3_close(database);
@@ -98,7 +101,10 @@ void PeerOneQuery(benchmark::State& state) {
     sqlite3_stmt* statement = nullptr;
     sqlite3_prepare_v2(database, "SELECT type, data FROM v", -1, &statement, nullptr);
     for (auto _ : state) {
-        if (ReadRows(statement) != SettingRows().size()) state.SkipWithError("rows are missing");
+        if (ReadRows(statement) != SettingRows().size()) {
+            state.SkipWithError("rows are missing");
+            break;
+        }
     }
     sqlite3_finalize(statement);
     sqlite3_close(database);

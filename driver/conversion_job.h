@@ -47,8 +47,8 @@ public:
     void AttachSettings(SharedRef<SecuritySettings> security,
                         SharedRef<RunAppSettings> runApp) noexcept;
 
-    /// Writes the job's block from the start of an open stream that can be written and gives its
-    /// data (GetData). The form of the block is told in docs/converter-interface.md.
+    /// Writes the job's block from the start of an open stream that can be written, and leaves the
+    /// stream at its end. The form of the block is told in docs/converter-interface.md.
     /// \return false if the stream is not at its start, a write fails or is cut short, the stream
     ///         is longer than the block afterwards, or the size does not fit 32 bits. The stream
     ///         may hold a part of the block then.

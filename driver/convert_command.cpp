@@ -121,7 +121,9 @@ bool ConvertCommand::StoreJob() noexcept {
     }
     if (!job_.PublishShared()) return false;
     job_.SharedName(settings_.SharedDataName);
-    return !settings_.SharedDataName.IsEmpty();
+    if (!settings_.SharedDataName.IsEmpty()) return true;
+    job_.SharedBlock.reset();  // Nobody will come for it.
+    return false;
 }
 
 void ConvertCommand::ShowMessage(const WCHAR* text, UINT icon) const noexcept {

@@ -166,9 +166,12 @@ bool WriteJobBlock(const ConversionJob& job, AUX::Stream& stream) noexcept {
     if (!BlockWriter(sink).WriteBlock(job)) return false;
     if (sink.Size() > kMaxBlockSize) return false;
     if (stream.GetSize() != static_cast<std::int64_t>(sink.Size())) return false;
-    void* const data = stream.GetData();
-    if (!data) return false;
     const auto blockSize = static_cast<std::uint32_t>(sink.Size());
-    std::memcpy(data, &blockSize, sizeof(blockSize));
-    return true;
+    if (void* const data = stream.GetData()) {
+        std::memcpy(data, &blockSize, sizeof(blockSize));
+        return true;
+    }
+    // A file's bytes do not lie in memory.
+    return !AUX::IsFailure(stream.Rewind()) && sink.Write(&blockSize, sizeof(blockSize)) &&
+           !AUX::IsFailure(stream.Seek(AUX::SeekMode::End, 0));
 }

@@ -11,61 +11,53 @@ namespace fake {
 
 /// What the browser answers. The test owns it and may change it between calls.
 struct Page {
-    platform::WideString address;
-    std::optional<platform::WideString> title;  // none: asking for it fails
+    platform::WideString address;  // empty: asking for it fails
+    std::optional<platform::WideString> title;
     bool hasDocument = true;
-    bool isHtml = true;              // gives IHTMLDocument2
-    bool hasStructure = true;        // gives IHTMLDocument3
     std::optional<LONG> rootHeight;  // none: there is no such element
     std::optional<LONG> bodyHeight;
-    bool canMeasure = true;  // elements give IHTMLElement2
-    int documentCalls = 0;
+    IID refused = {};  // an interface that no object gives
     std::function<void()> onTitle = [] {};
 };
 
-class Element final : public platform::ComObject<platform::NotImplemented<IHTMLElement>,
-                                                 platform::NotImplemented<IHTMLElement2>> {
+/// An object of the page's that does nothing by itself.
+template <class... Interfaces>
+class PageObject : public platform::ComObject<platform::NotImplemented<Interfaces>...> {
 public:
-    Element(const Page& page, LONG height) noexcept : page_(page), height_(height) {}
+    explicit PageObject(Page& page) noexcept : page_(page) {}
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) noexcept override {
-        if (!page_.canMeasure && IsEqualIID(id, platform::InterfaceId<IHTMLElement2>())) {
-            *object = nullptr;
-            return E_NOINTERFACE;
-        }
-        return ComObject::QueryInterface(id, object);
+        using Base = platform::ComObject<platform::NotImplemented<Interfaces>...>;
+        if (!IsEqualIID(id, page_.refused)) return Base::QueryInterface(id, object);
+        *object = nullptr;
+        return E_NOINTERFACE;
     }
+
+protected:
+    Page& page_;
+};
+
+class Element final : public PageObject<IHTMLElement, IHTMLElement2> {
+public:
+    Element(Page& page, LONG height) noexcept : PageObject(page), height_(height) {}
+
     HRESULT STDMETHODCALLTYPE get_scrollHeight(LONG* height) noexcept override {
         *height = height_;
         return S_OK;
     }
 
 private:
-    const Page& page_;
     LONG height_;
 };
 
-class Document final : public platform::ComObject<platform::NotImplemented<IHTMLDocument2>,
-                                                  platform::NotImplemented<IHTMLDocument3>> {
+class Document final : public PageObject<IHTMLDocument2, IHTMLDocument3> {
 public:
-    explicit Document(Page& page) noexcept : page_(page) {}
+    using PageObject::PageObject;
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) noexcept override {
-        const bool isRefused =
-            (!page_.isHtml && IsEqualIID(id, platform::InterfaceId<IHTMLDocument2>())) ||
-            (!page_.hasStructure && IsEqualIID(id, platform::InterfaceId<IHTMLDocument3>()));
-        if (isRefused) {
-            *object = nullptr;
-            return E_NOINTERFACE;
-        }
-        return ComObject::QueryInterface(id, object);
-    }
     HRESULT STDMETHODCALLTYPE get_title(BSTR* title) noexcept override {
         page_.onTitle();
-        *title = nullptr;
-        if (!page_.title) return E_FAIL;
-        *title = SysAllocStringLen(page_.title->data(), static_cast<UINT>(page_.title->size()));
-        return S_OK;
+        *title = page_.title ? SysAllocString(page_.title->c_str()) : nullptr;
+        return *title ? S_OK : E_FAIL;
     }
     HRESULT STDMETHODCALLTYPE get_body(IHTMLElement** body) noexcept override {
         return Give(page_.bodyHeight, body);
@@ -75,22 +67,18 @@ public:
     }
 
 private:
+    /// An element that is not there is a success with nothing, as a browser gives it.
     HRESULT Give(std::optional<LONG> height, IHTMLElement** element) noexcept {
-        *element = nullptr;
-        if (!height) return E_FAIL;
-        *element = platform::MakeObject<Element>(page_, *height).Detach();
+        *element = height ? platform::MakeObject<Element>(page_, *height).Detach() : nullptr;
         return S_OK;
     }
-
-    Page& page_;
 };
 
-class Browser final : public platform::ComObject<platform::NotImplemented<IWebBrowser2>> {
+class Browser final : public PageObject<IWebBrowser2> {
 public:
-    explicit Browser(Page& page) noexcept : page_(page) {}
+    using PageObject::PageObject;
 
     HRESULT STDMETHODCALLTYPE get_Document(IDispatch** document) noexcept override {
-        ++page_.documentCalls;
         *document = nullptr;
         if (!page_.hasDocument) return E_FAIL;
         IHTMLDocument2* const made = platform::MakeObject<Document>(page_).Detach();
@@ -98,18 +86,13 @@ public:
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE get_LocationURL(BSTR* address) noexcept override {
-        *address = nullptr;
-        if (page_.address.empty()) return E_FAIL;
-        *address = SysAllocString(page_.address.c_str());
-        return S_OK;
+        *address = page_.address.empty() ? nullptr : SysAllocString(page_.address.c_str());
+        return *address ? S_OK : E_FAIL;
     }
     HRESULT STDMETHODCALLTYPE get_HWND(SHANDLE_PTR* window) noexcept override {
         *window = 0;
         return E_FAIL;
     }
-
-private:
-    Page& page_;
 };
 
 }  // namespace fake

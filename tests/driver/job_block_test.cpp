@@ -4,16 +4,15 @@
 #include <string>
 
 #include "foundation/dyn_mem_stream.h"
-#include "foundation/memory_testing.h"
+#include "foundation/file_stream.h"
+#include "platform/files.h"
 #include "settings/conversion_settings.h"
+#include "tests/support/fail_each_allocation.h"
+#include "tests/support/test_profile.h"
 
 namespace {
 
 void Set(AUX::WString& text, AUX::WStringView value) { ASSERT_TRUE(text.Assign(value)); }
-
-std::string Content(AUX::DynMemStream& stream) {
-    return {static_cast<const char*>(stream.GetData()), static_cast<std::size_t>(stream.GetSize())};
-}
 
 /// The block as bytes in hexadecimal, without blanks.
 std::string Block(const ConversionJob& job) {
@@ -22,10 +21,11 @@ std::string Block(const ConversionJob& job) {
     EXPECT_TRUE(job.Serialise(stream));
     EXPECT_EQ(MeasureJobBlock(job), static_cast<std::uint64_t>(stream.GetSize()));
     std::string text;
-    for (const char c : Content(stream)) {
+    const auto* const bytes = static_cast<const unsigned char*>(stream.GetData());
+    for (std::int64_t i = 0; i < stream.GetSize(); ++i) {
         constexpr char kDigits[] = "0123456789ABCDEF";
-        text += kDigits[static_cast<unsigned char>(c) >> 4];
-        text += kDigits[c & 15];
+        text += kDigits[bytes[i] >> 4];
+        text += kDigits[bytes[i] & 15];
     }
     return text;
 }
@@ -35,10 +35,12 @@ std::string WithoutBlanks(std::string text) {
     return text;
 }
 
-TEST(JobBlock, AJobThatWasJustResetHas23Bytes) {
+TEST(JobBlock, AnEmptyJobHas23BytesAndASuggestedNameOnlyWhenTheConverterAsks) {
     ConversionJob job;
-    job.Reset();
     EXPECT_EQ(Block(job), WithoutBlanks("17000000 0C 00 00 00 00 00 0000000000000000 00 00000000"));
+    job.AskOutputFile = true;
+    EXPECT_EQ(Block(job), WithoutBlanks("1B000000 0C 00 00 00 01 00000000 00 0000000000000000 00 "
+                                        "00000000"));
 }
 
 TEST(JobBlock, APageJobHasTheseBytes) {
@@ -117,13 +119,6 @@ TEST(JobBlock, WhatTheAddInLeavesEmptyHasItsPlace) {
                             "01000000 3800 00000000 00000000 0900000000000000"));
 }
 
-TEST(JobBlock, SuggestedNameTravelsWhenTheConverterHasToAsk) {
-    ConversionJob job;
-    job.AskOutputFile = true;
-    EXPECT_EQ(Block(job), WithoutBlanks("1B000000 0C 00 00 00 01 00000000 00 0000000000000000 00 "
-                                        "00000000"));
-}
-
 TEST(JobBlock, BeginsAtTheStartOfItsStreamAndFillsIt) {
     const ConversionJob job;
     AUX::DynMemStream stream;
@@ -135,27 +130,33 @@ TEST(JobBlock, BeginsAtTheStartOfItsStreamAndFillsIt) {
     EXPECT_FALSE(job.Serialise(stream)) << "not at the start";
 }
 
-TEST(JobBlock, EachFailedAllocationGivesFalseAndLeaksNothing) {
+TEST(JobBlock, GoesToAFileToo) {
+    const test_support::TestProfile profile;
+    const platform::WideString path = profile.Path(TEXT("block"));
+    AUX::FileStream stream;
+    ASSERT_EQ(stream.Open(path.c_str(), CREATE_ALWAYS, AUX::kAccessMask, FILE_SHARE_READ,
+                          FILE_ATTRIBUTE_NORMAL),
+              0);
+    EXPECT_TRUE(ConversionJob().Serialise(stream));
+    EXPECT_EQ(stream.GetPosition(), 23);
+    ASSERT_EQ(stream.Close(), 0);
+    EXPECT_EQ(test_support::ReadWholeFile(path),
+              std::string("\x17\0\0\0\x0C", 5) + std::string(18, '\0'));
+}
+
+TEST(JobBlock, EachFailedAllocationGivesFalse) {
     ConversionSettings settings(nullptr);
     settings.Security->Enabled = true;
     Set(settings.Security->UserPassword, TEXT("secret"));
     ConversionJob job;
     job.AttachSettings(settings.Security, settings.RunApp);
-    JobItem* item = job.AddItem();
-    ASSERT_TRUE(item->SelectionHtml.AppendRepeated('x', 20000));
-
-    AUX::testing::AllocationWatch watch;
-    std::uint64_t n = 0;
-    for (bool done = false; !done && n < 100;) {
+    ASSERT_TRUE(job.AddItem()->SelectionHtml.AppendRepeated('x', 20000));
+    const auto failures = test_support::FailEachAllocation([&](const auto& hasFailed) {
         AUX::DynMemStream stream;
-        const std::uint64_t before = watch.Failures();
-        watch.FailOnce(++n);
-        done = stream.Open(0, -2) == 0 && job.Serialise(stream);
-        EXPECT_EQ(done, watch.Failures() == before) << n;
-    }
-    EXPECT_GT(n, 3u);  // Store, block, password, growth.
-    EXPECT_LT(n, 100u);
-    EXPECT_EQ(watch.LiveBlocks(), 0);
+        const bool isDone = stream.Open(0, -2) == 0 && job.Serialise(stream);
+        EXPECT_NE(isDone, hasFailed());
+    });
+    EXPECT_GT(failures, 3u);  // Store, block, password, growth.
 }
 
 }  // namespace

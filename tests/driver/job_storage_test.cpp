@@ -3,15 +3,17 @@
 #include <gtest/gtest.h>
 
 #include "driver/conversion_job.h"
-#include "foundation/memory_testing.h"
+#include "driver/job_files.h"
 #include "platform/files.h"
 #include "platform/testing.h"
-#include "tests/driver/shared_reader.h"
+#include "tests/driver/command_test.h"
+#include "tests/support/fail_each_allocation.h"
 #include "tests/support/test_profile.h"
 
 namespace {
 
 using platform::WideString;
+using test_support::Exists;
 using Bytes = std::string;
 
 /// A block of this many bytes that says so.
@@ -32,6 +34,22 @@ bool HasShared() { return !driver_test::ReadShared(1).empty(); }
 
 class JobStorageTest : public testing::Test {
 protected:
+    WideString File(const WideString& name) {
+        const WideString path = profile_.Path(name);
+        EXPECT_TRUE(test_support::WriteWholeFile(path, "x"));
+        return path;
+    }
+    WideString Folder(const WideString& name) {
+        const WideString path = profile_.Path(name);
+        EXPECT_TRUE(CreateDirectoryW(path.c_str(), nullptr));
+        return path;
+    }
+    static AUX::WString Text(const WideString& text) {
+        AUX::WString copy;
+        EXPECT_TRUE(copy.Assign(AUX::WStringView(text)));
+        return copy;
+    }
+
     test_support::TestProfile profile_;
 };
 
@@ -85,39 +103,6 @@ TEST_F(JobStorageTest, APublishedJobHasANameUntilItIsReset) {
     EXPECT_FALSE(HasShared());
 }
 
-TEST_F(JobStorageTest, PublishingSurvivesEachFailedAllocation) {
-    AUX::testing::AllocationWatch watch;
-    std::uint64_t n = 0;
-    for (bool done = false; !done && n < 100;) {
-        ConversionJob job;
-        const std::uint64_t before = watch.Failures();
-        watch.FailOnce(++n);
-        done = job.PublishShared();
-        EXPECT_EQ(done, watch.Failures() == before) << n;
-        AUX::WString name;
-        watch.FailNone();
-        job.SharedName(name);
-        EXPECT_EQ(name.IsEmpty(), !done);
-        EXPECT_EQ(HasShared(), done);
-    }
-    EXPECT_GT(n, 3u);  // Block's object, stream's store, its bytes.
-    EXPECT_LT(n, 100u);
-    EXPECT_EQ(watch.LiveBlocks(), 0);
-}
-
-TEST_F(JobStorageTest, AFailedSecondPublicationEndsTheFirst) {
-    ConversionJob job;
-    ASSERT_TRUE(job.PublishShared());
-    AUX::WString name;
-    {
-        AUX::testing::AllocationWatch watch;
-        watch.FailFrom(1);
-        EXPECT_FALSE(job.PublishShared());
-    }
-    job.SharedName(name);
-    EXPECT_TRUE(name.IsEmpty());
-}
-
 TEST_F(JobStorageTest, ALongSelectionIsReservedOnceAndExactly) {
     ConversionJob job;
     JobItem* item = job.AddItem();
@@ -143,40 +128,34 @@ TEST_F(JobStorageTest, AStorageFileHasTheBlockUnderItsOwnName) {
     EXPECT_EQ(test_support::ReadWholeFile(path), kEmptyJob);
 }
 
-TEST_F(JobStorageTest, AFailedStorageFileLeavesNoPath) {
+TEST_F(JobStorageTest, AFailedWriteLeavesNoPath) {
     if (!platform::testing::kOwnsTheSystem) GTEST_SKIP() << "nothing can be made to fail here";
-    const ConversionJob job;
     for (const char* call : {"GetTempPathW", "CreateFileW", "WriteFile"}) {
         SCOPED_TRACE(call);
-        AUX::WString path;
-        ASSERT_TRUE(path.Assign(TEXT("before")));
+        AUX::WString path = Text(TEXT("before"));
         const platform::testing::InjectedFault fault(call, 1, ERROR_DISK_FULL);
-        EXPECT_FALSE(job.WriteToFile(path));
+        EXPECT_FALSE(ConversionJob().WriteToFile(path));
         EXPECT_TRUE(fault.HasFired());
         EXPECT_TRUE(path.IsEmpty());
     }
-    // Of the three only the failed write left a file, which is empty.
-    const auto names = test_support::ListFolder(profile_.TempFolder());
-    ASSERT_EQ(names.size(), 1u);
-    EXPECT_EQ(test_support::ReadWholeFile(profile_.TempFolder() + names[0]), "");
 }
 
-TEST_F(JobStorageTest, WritingSurvivesEachFailedAllocation) {
-    const ConversionJob job;
-    AUX::testing::AllocationWatch watch;
-    std::uint64_t n = 0;
-    for (bool wasReached = true; wasReached && n < 100;) {
+TEST_F(JobStorageTest, EachFailedAllocationLeavesNothingToFind) {
+    const auto published = test_support::FailEachAllocation([](const auto& hasFailed) {
+        ConversionJob job;
+        const bool isFirstDone = job.PublishShared();
+        const bool isDone = job.PublishShared();
+        EXPECT_NE(isFirstDone && isDone, hasFailed());
+        EXPECT_EQ(HasShared(), isDone) << "a failed publication ends the one before";
+    });
+    EXPECT_EQ(published, 5u);  // The block's object; twice the stream's store and its bytes.
+    const auto written = test_support::FailEachAllocation([](const auto& hasFailed) {
         AUX::WString path;
-        const std::uint64_t before = watch.Failures();
-        watch.FailOnce(++n);
-        const bool done = job.WriteToFile(path);
-        wasReached = watch.Failures() > before;
-        EXPECT_EQ(path.IsEmpty(), !done) << n;
-        EXPECT_TRUE(done || wasReached) << n;
-    }
-    EXPECT_GT(n, 6u);  // Folder, name, block's store and bytes, file's store and path.
-    EXPECT_LT(n, 100u);
-    EXPECT_EQ(watch.LiveBlocks(), 0);
+        const bool isDone = ConversionJob().WriteToFile(path);
+        EXPECT_TRUE(isDone || hasFailed());
+        EXPECT_EQ(path.IsEmpty(), !isDone);
+    });
+    EXPECT_GT(written, 5u);  // Folder, name, block's store and bytes, file's store and path.
 }
 
 TEST_F(JobStorageTest, ResetForgetsAllButFiles) {
@@ -185,18 +164,58 @@ TEST_F(JobStorageTest, ResetForgetsAllButFiles) {
     job.AttachSettings(SharedRef<SecuritySettings>::Make(), SharedRef<RunAppSettings>::Make());
     job.NameFlag = job.AskOutputFile = job.OptionFlag = job.ExtraFlag = true;
     job.OptionValue = 5;
-    for (AUX::WString* text :
-         {&job.SuggestedName, &job.ExtraText1, &job.ExtraText2, &job.ExtraText3}) {
-        ASSERT_TRUE(text->Assign(TEXT("x")));
-    }
     AUX::WString path;
     ASSERT_TRUE(job.WriteToFile(path));
     job.Reset();
-    EXPECT_TRUE(test_support::Exists(path.Text()));
+    EXPECT_TRUE(Exists(path.Text()));
     ASSERT_TRUE(job.PublishShared());
-    EXPECT_EQ(driver_test::ReadShared(4), kEmptyJob.substr(0, 4));
-    EXPECT_FALSE(job.Security || job.RunApp || job.NameFlag || job.OptionFlag || job.ExtraFlag);
-    EXPECT_TRUE(job.SuggestedName.IsEmpty() && job.ExtraText1.IsEmpty());
+    EXPECT_EQ(driver_test::ReadShared(23), kEmptyJob);
+}
+
+TEST_F(JobStorageTest, ACapturedPageGoesWithTheFolderOfItsParts) {
+    const WideString page = File(TEXT("qvd_1.html"));
+    ASSERT_TRUE(SetFileAttributesW(page.c_str(), FILE_ATTRIBUTE_READONLY));
+    const WideString parts = Folder(TEXT("qvd_1_files"));
+    File(TEXT("qvd_1_files\\c1.tmp"));
+    const WideString other = Folder(TEXT("qvd_1.files"));
+    DeleteCapturedPage(Text(page));
+    EXPECT_FALSE(Exists(page) || Exists(parts));
+    EXPECT_TRUE(Exists(other)) << "counts only when the first is not there";
+    DeleteCapturedPage(Text(page));  // The page is gone already.
+    EXPECT_FALSE(Exists(other));
+    DeleteCapturedPage({});
+
+    // The first ".html" of the path is cut out, in these letters only.
+    Folder(TEXT("x.html"));
+    Folder(TEXT("x"));
+    const WideString inner = File(TEXT("x.html\\a.html"));
+    const WideString innerParts = Folder(TEXT("x\\a.html_files"));
+    const WideString beside = Folder(TEXT("x.html\\a_files"));
+    DeleteCapturedPage(Text(inner));
+    EXPECT_FALSE(Exists(inner) || Exists(innerParts));
+    EXPECT_TRUE(Exists(beside));
+    const WideString capital = File(TEXT("b.HTML"));
+    const WideString capitalParts = Folder(TEXT("b.HTML_files"));
+    DeleteCapturedPage(Text(capital));
+    EXPECT_FALSE(Exists(capital) || Exists(capitalParts));
+}
+
+TEST_F(JobStorageTest, OnlyWhatIsMarkedTemporaryIsRemoved) {
+    const WideString page = File(TEXT("p.html"));
+    const WideString attachment = File(TEXT("a.txt"));
+    ConversionJob job;
+    JobItem* item = job.AddItem();
+    ASSERT_TRUE(item);
+    item->Source = Text(page);
+    ASSERT_TRUE(item->Attachments.Add(new AUX::WString(Text(attachment))));
+    RemoveJobFiles(job);
+    EXPECT_TRUE(Exists(page) && Exists(attachment));
+    item->AttachmentsAreTemporary = true;
+    RemoveJobFiles(job);
+    EXPECT_TRUE(Exists(page) && !Exists(attachment));
+    item->SourceIsTemporary = true;
+    RemoveJobFiles(job);
+    EXPECT_FALSE(Exists(page));
 }
 
 }  // namespace
