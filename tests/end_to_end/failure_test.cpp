@@ -19,7 +19,7 @@ using platform::testing::SetEnvironment;
 
 // On the converter's command line: by the settings saved here, and by the default ones.
 constexpr char kLandscape[] = "\\l ";
-constexpr char kPortrait[] = "\\r \\iw";
+constexpr char kPortrait[] = "\"\" \\b ";
 constexpr char kEndlessPage[] = "<title>Endless</title><script>for (;;) {}</script>";
 
 bool HasSharedJob() {
