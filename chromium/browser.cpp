@@ -20,6 +20,11 @@ std::string Seconds(Milliseconds limit) {
     return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " s";
 }
 
+std::vector<std::string> FlagsFor(Scripts scripts) {
+    if (scripts == Scripts::On) return {};
+    return {"--blink-settings=scriptEnabled=false"};
+}
+
 }  // namespace
 
 Result<std::unique_ptr<Browser>> Browser::Launch(const LaunchOptions& options) {
@@ -28,7 +33,7 @@ Result<std::unique_ptr<Browser>> Browser::Launch(const LaunchOptions& options) {
     int readEnd = -1;
     int writeEnd = -1;
     Result<BrowserProcess> process =
-        BrowserProcess::Start(*program, options.flags, readEnd, writeEnd);
+        BrowserProcess::Start(*program, FlagsFor(options.scripts), readEnd, writeEnd);
     if (!process) return process.GetError();
     std::unique_ptr<Browser> browser(
         new Browser(std::make_unique<BrowserProcess>(std::move(*process)),

@@ -24,12 +24,16 @@ using Clock = std::chrono::steady_clock;
 /// What one call may take unless its caller says otherwise.
 inline constexpr Milliseconds kCallLimit{30'000};
 
+/// Off: no script of any page runs, in no frame. Our own `Page::Evaluate` does.
+enum class Scripts { On, Off };
+
 struct LaunchOptions {
     /// The browser's program; empty: the environment's QUVADA_CHROMIUM, then the places where
     /// Debian puts `chromium-headless-shell` and `chromium`.
     std::string program;
-    /// Flags beside those that every start has.
-    std::vector<std::string> flags;
+    /// For the whole browser: set for each page, it would reach the frames of other sites too late
+    /// now and then.
+    Scripts scripts = Scripts::On;
     /// Time until the browser must answer its first call.
     Milliseconds startLimit{30'000};
     /// When it becomes true, every wait ends soon with an error. Borrowed; may be null. A signal

@@ -69,8 +69,6 @@ Outcome Page::Attach() {
         {"Page.enable", {}},
         {"Page.setLifecycleEventsEnabled", Params().Flag("enabled", true)},
         {"Inspector.enable", {}},
-        {"Emulation.setScriptExecutionDisabled",
-         Params().Flag("value", options_.scripts == Scripts::Off)},
         {"Target.setAutoAttach", AutoAttach()},
     };
     for (const auto& [method, params] : kSetUp) {
@@ -112,8 +110,6 @@ void Page::OnAttached(const Json& params) {
     if (params["targetInfo"]["type"].Text() == "iframe") {
         frameSessions_.push_back(session);
         browser_.Post(session, "Page.enable");
-        browser_.Post(session, "Emulation.setScriptExecutionDisabled",
-                      Params().Flag("value", options_.scripts == Scripts::Off));
         browser_.Post(session, "Target.setAutoAttach", AutoAttach());
     }
     browser_.Post(session, "Runtime.runIfWaitingForDebugger");

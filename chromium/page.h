@@ -11,13 +11,9 @@
 
 namespace chromium {
 
-enum class Scripts { On, Off };
-
 struct PageOptions {
     std::uint32_t width = 1280;  // of the window, CSS pixels
     std::uint32_t height = 800;
-    /// Off: no script of the page runs, in no frame. Our own `Evaluate` does.
-    Scripts scripts = Scripts::On;
 };
 
 /// How far a page came: `Part` when something it needs did not arrive in time.

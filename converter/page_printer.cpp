@@ -78,8 +78,7 @@ Result<std::string> PrintPage(SourceDocument document, const CommandLine& line,
     around.progress("Starting the browser");
     chromium::LaunchOptions launch;
     launch.cancel = around.cancel;
-    // A frame from another site could begin before its session is told to run no scripts.
-    launch.flags = {"--blink-settings=scriptEnabled=false"};
+    launch.scripts = chromium::Scripts::Off;
     const auto browser = Browser::Launch(launch);
     if (!browser) return browser.GetError();
     std::string mainFrame;
@@ -93,7 +92,6 @@ Result<std::string> PrintPage(SourceDocument document, const CommandLine& line,
     window.height = line.height == 0
                         ? kUsualHeight
                         : std::min(static_cast<std::uint32_t>(line.height), kLargestWindow);
-    window.scripts = chromium::Scripts::Off;
     const auto page = Page::Create(**browser, window);
     if (!page) return page.GetError();
     mainFrame = (*page)->MainFrame();

@@ -42,7 +42,13 @@ class PageTest : public testing::Test {
 protected:
     void SetUp() override {
         QVD_NEED_BROWSER();
-        auto launched = Browser::Launch();
+        Start(Scripts::On);
+    }
+
+    void Start(Scripts scripts) {
+        LaunchOptions options;
+        options.scripts = scripts;
+        auto launched = Browser::Launch(options);
         ASSERT_TRUE(launched) << launched.GetError().text;
         browser_ = std::move(*launched);
     }
@@ -131,9 +137,8 @@ TEST_F(PageTest, GetsPastDialogsEndlessScriptsAndCrashes) {
 }
 
 TEST_F(PageTest, RunsNoScriptOfThePageWhenTheyAreOff) {
-    PageOptions options;
-    options.scripts = Scripts::Off;
-    const auto page = MakePage(options);
+    ASSERT_NO_FATAL_FAILURE(Start(Scripts::Off));
+    const auto page = MakePage();
     const std::string frame = DataUrl("<p id=p>inner</p><script>p.textContent='ran'</script>");
     ASSERT_TRUE(page->Open(
         DataUrl("<title>kept</title><script>document.title='ran'</script>"
@@ -184,22 +189,22 @@ TEST_F(PageTest, ServesAndRefusesRequestsOfEveryFrame) {
 }
 
 TEST_F(PageTest, SetsUpFramesOfOtherSitesBeforeTheyRun) {
-    const auto filter = RequestFilter::Install(*browser_, [](const Request& request) {
+    const auto decide = [](const Request& request) {
         if (request.url.starts_with("file:")) return Answer::Continue();
         Answer answer;
         answer.kind = Answer::Kind::Serve;
         answer.headers = {{"Content-Type", "text/html"}};
         answer.body = "<p id=p>inner</p><script>p.textContent = 'ran'; alert(1)</script>";
         return answer;
-    });
-    ASSERT_TRUE(filter) << filter.GetError().text;
+    };
     const fs::path file =
         fs::temp_directory_path() / ("frame-" + std::to_string(getpid()) + ".html");
     std::ofstream(file) << "<iframe src='http://other.example/'></iframe>";
     for (const Scripts scripts : {Scripts::Off, Scripts::On}) {
-        PageOptions options;
-        options.scripts = scripts;
-        const auto page = MakePage(options);
+        ASSERT_NO_FATAL_FAILURE(Start(scripts));
+        const auto filter = RequestFilter::Install(*browser_, decide);
+        ASSERT_TRUE(filter) << filter.GetError().text;
+        const auto page = MakePage();
         const auto loaded = page->Open("file://" + file.string());
         ASSERT_TRUE(loaded) << loaded.GetError().text;
         EXPECT_EQ(*loaded, Loaded::Whole);
