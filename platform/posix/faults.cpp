@@ -14,7 +14,7 @@ namespace {
 struct ArmedFault {
     std::mutex mutex;
     const char* call = "";  // borrowed from the test for as long as the fault is armed
-    unsigned left = 0;  // calls until the one that fails, that one included; 0 is none
+    unsigned left = 0;      // calls until the one that fails, that one included; 0 is none
     DWORD error = 0;
     bool hasFired = false;
 };
