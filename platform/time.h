@@ -8,7 +8,5 @@
 
 /// The time in UTC. A test can hold the clock (`platform/testing.h`).
 void GetSystemTime(SYSTEMTIME* time) noexcept;
-/// The time in units of 100 nanoseconds since 1601.
-void GetSystemTimeAsFileTime(FILETIME* time) noexcept;
 
 #endif

@@ -2,7 +2,6 @@
 #include <chrono>
 #include <ctime>
 
-#include "platform/posix/file_object.h"
 #include "platform/testing.h"
 #include "platform/time.h"
 
@@ -54,8 +53,4 @@ void GetSystemTime(SYSTEMTIME* time) noexcept {
     time->wMinute = static_cast<WORD>(parts.tm_min);
     time->wSecond = static_cast<WORD>(parts.tm_sec);
     time->wMilliseconds = static_cast<WORD>(now.tv_nsec / 1'000'000);
-}
-
-void GetSystemTimeAsFileTime(FILETIME* time) noexcept {
-    *time = platform::FileTimeOf(platform::Now());
 }

@@ -62,8 +62,8 @@ DWORD ReadFolder(const std::string& folder, WideView pattern, bool isRoot,
                  std::vector<FoundName>& names) {
     DIR* stream = opendir(folder.c_str());
     if (!stream) return errno == ENOENT ? ERROR_PATH_NOT_FOUND : ErrorFromErrno(errno);
-    errno = 0;
-    while (const dirent* entry = readdir(stream)) {
+    // The end of the folder leaves errno as it is, and so only a fresh zero tells it from an error.
+    while (const dirent* entry = (errno = 0, readdir(stream))) {
         const std::string host = entry->d_name;
         WideString name;
         if (isRoot && (host == "." || host == "..")) continue;
