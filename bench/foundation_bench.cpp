@@ -1,13 +1,11 @@
-// The containers and streams of the library beside what the standard library and ICU offer.
+// The containers and the encoder of the library beside what the standard library and ICU offer.
 
 #include <benchmark/benchmark.h>
-#include <sstream>
 #include <string>
 #include <unicode/ustring.h>
 #include <vector>
 
 #include "foundation/array.h"
-#include "foundation/dyn_mem_stream.h"
 #include "foundation/utf8.h"
 #include "foundation/wstring.h"
 
@@ -109,42 +107,5 @@ void CountOwn(benchmark::State& state) {
 BENCHMARK(EncodeOwn)->ArgName("ascii0_latin1_cjk2")->Arg(kAscii)->Arg(kLatin)->Arg(kCjk);
 BENCHMARK(EncodeIcu)->ArgName("ascii0_latin1_cjk2")->Arg(kAscii)->Arg(kLatin)->Arg(kCjk);
 BENCHMARK(CountOwn)->ArgName("ascii0_latin1_cjk2")->Arg(kAscii)->Arg(kLatin)->Arg(kCjk);
-
-constexpr int kWrites = 10000;
-
-void WriteToDynMemStream(benchmark::State& state) {
-    for (auto _ : state) {
-        AUX::DynMemStream stream;
-        benchmark::DoNotOptimize(stream.Open(0, -2));
-        for (int i = 0; i < kWrites; ++i) {
-            std::int64_t count = 0;
-            benchmark::DoNotOptimize(stream.Write(&i, sizeof i, count));
-        }
-        benchmark::DoNotOptimize(stream.GetData());
-    }
-    state.SetItemsProcessed(state.iterations() * kWrites);
-}
-void WriteToVector(benchmark::State& state) {
-    for (auto _ : state) {
-        std::vector<char> vector;
-        for (int i = 0; i < kWrites; ++i) {
-            const char* const bytes = reinterpret_cast<const char*>(&i);
-            vector.insert(vector.end(), bytes, bytes + sizeof i);
-        }
-        benchmark::DoNotOptimize(vector.data());
-    }
-    state.SetItemsProcessed(state.iterations() * kWrites);
-}
-void WriteToStringStream(benchmark::State& state) {
-    for (auto _ : state) {
-        std::ostringstream stream;
-        for (int i = 0; i < kWrites; ++i) stream.write(reinterpret_cast<const char*>(&i), sizeof i);
-        benchmark::DoNotOptimize(stream.view().data());
-    }
-    state.SetItemsProcessed(state.iterations() * kWrites);
-}
-BENCHMARK(WriteToDynMemStream);
-BENCHMARK(WriteToVector);
-BENCHMARK(WriteToStringStream);
 
 }  // namespace

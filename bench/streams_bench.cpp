@@ -1,0 +1,184 @@
+// The streams beside what they could be replaced by: a vector of bytes that is appended to and
+// copied from, and a file's positioned reads and writes. Lengths are not known when compiling, on
+// neither side. A table at the end gives the times by the peer's.
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <unistd.h>
+#include <vector>
+
+#include "bench/ratio_table.h"
+#include "foundation/dyn_mem_stream.h"
+#include "foundation/file_stream.h"
+#include "foundation/wstring.h"
+
+namespace {
+
+using bench::RatioTable;
+
+constexpr std::int64_t kTotal = 1 << 20;  ///< Bytes moved in one iteration.
+constexpr std::size_t kLargest = 4096;
+
+std::int64_t Unknown(std::int64_t length) {
+    benchmark::DoNotOptimize(length);
+    return length;
+}
+
+template <std::int64_t length>
+void WriteStream(benchmark::State& state) {
+    const char bytes[kLargest] = {};
+    const std::int64_t unknown = Unknown(length);
+    for (auto _ : state) {
+        AUX::DynMemStream stream;
+        if (stream.Open(0, -2)) return state.SkipWithError("cannot open");
+        for (std::int64_t done = 0; done < kTotal; done += length) {
+            std::int64_t count = 0;
+            if (stream.Write(bytes, unknown, count)) return state.SkipWithError("cannot write");
+        }
+        benchmark::DoNotOptimize(stream.GetData());
+        benchmark::ClobberMemory();
+    }
+}
+template <std::int64_t length>
+void WriteVector(benchmark::State& state) {
+    const std::byte bytes[kLargest] = {};
+    const std::int64_t unknown = Unknown(length);
+    for (auto _ : state) {
+        std::vector<std::byte> vector;
+        for (std::int64_t done = 0; done < kTotal; done += length) {
+            vector.insert(vector.end(), bytes, bytes + unknown);
+        }
+        benchmark::DoNotOptimize(vector.data());
+        benchmark::ClobberMemory();
+    }
+}
+
+template <std::int64_t length>
+void ReadStream(benchmark::State& state) {
+    char bytes[kLargest] = {};
+    const std::int64_t unknown = Unknown(length);
+    AUX::DynMemStream stream;
+    if (stream.Open(kTotal, -2)) return state.SkipWithError("cannot open");
+    for (auto _ : state) {
+        (void)stream.Rewind();
+        for (std::int64_t done = 0; done < kTotal; done += length) {
+            std::int64_t count = 0;
+            if (stream.Read(bytes, unknown, count)) return state.SkipWithError("cannot read");
+            benchmark::DoNotOptimize(bytes);
+        }
+    }
+}
+template <std::int64_t length>
+void ReadVector(benchmark::State& state) {
+    std::byte bytes[kLargest] = {};
+    const std::int64_t unknown = Unknown(length);
+    const std::vector<std::byte> vector(kTotal);
+    for (auto _ : state) {
+        std::int64_t position = 0;
+        for (std::int64_t done = 0; done < kTotal; done += length) {
+            const std::int64_t count = std::min(unknown, std::ssize(vector) - position);
+            std::copy_n(vector.begin() + position, count, bytes);
+            position += count;
+            benchmark::DoNotOptimize(bytes);
+        }
+    }
+}
+
+/// A file of kTotal bytes, removed at once on destruction.
+class File {
+public:
+    File() : path_(std::filesystem::temp_directory_path() / "streams_bench.tmp") {
+        descriptor_ = open(path_.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+        if (descriptor_ < 0 || ftruncate(descriptor_, kTotal) != 0) std::abort();
+        const std::vector<char> content(kTotal, 'x');
+        if (pwrite(descriptor_, content.data(), kTotal, 0) != kTotal) std::abort();
+    }
+    ~File() {
+        close(descriptor_);
+        std::filesystem::remove(path_);
+    }
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+
+    [[nodiscard]] int Descriptor() const { return descriptor_; }
+    [[nodiscard]] bool Open(AUX::FileStream& stream) const {
+        std::u16string text = u"Z:" + path_.u16string();
+        std::ranges::replace(text, u'/', u'\\');
+        constexpr std::uint32_t kAccess = AUX::kAccessRead | AUX::kAccessWrite;
+        return stream.Open(text.c_str(), OPEN_EXISTING, kAccess, FILE_SHARE_READ,
+                           FILE_ATTRIBUTE_NORMAL) == AUX::kStatusOk;
+    }
+
+private:
+    std::filesystem::path path_;
+    int descriptor_;
+};
+
+enum class Direction { Read, Write };
+
+template <Direction direction>
+void FileByStream(benchmark::State& state) {
+    const File file;
+    AUX::FileStream stream;
+    if (!file.Open(stream)) return state.SkipWithError("cannot open");
+    char bytes[kLargest] = {};
+    for (auto _ : state) {
+        (void)stream.Rewind();
+        for (std::int64_t done = 0; done < kTotal; done += kLargest) {
+            std::int64_t count = 0;
+            if (direction == Direction::Read ? stream.Read(bytes, kLargest, count)
+                                             : stream.Write(bytes, kLargest, count)) {
+                return state.SkipWithError("cannot move bytes");
+            }
+        }
+    }
+}
+template <Direction direction>
+void FileByCall(benchmark::State& state) {
+    const File file;
+    char bytes[kLargest] = {};
+    for (auto _ : state) {
+        for (std::int64_t done = 0; done < kTotal; done += kLargest) {
+            const ssize_t count = direction == Direction::Read
+                                      ? pread(file.Descriptor(), bytes, kLargest, done)
+                                      : pwrite(file.Descriptor(), bytes, kLargest, done);
+            if (count != kLargest) return state.SkipWithError("cannot move bytes");
+        }
+    }
+}
+
+struct Comparison {
+    const char* workload;
+    void (*own)(benchmark::State&);
+    const char* peer;
+    void (*others)(benchmark::State&);
+    double aim;
+};
+constexpr Comparison kComparisons[] = {
+    {"write_8", WriteStream<8>, "vector", WriteVector<8>, 1 / 1.2},
+    {"write_4096", WriteStream<4096>, "vector", WriteVector<4096>, 1 / 2.0},
+    {"read_8", ReadStream<8>, "vector", ReadVector<8>, 1 / 1.2},
+    {"read_4096", ReadStream<4096>, "vector", ReadVector<4096>, 1 / 2.0},
+    {"file_read_4096", FileByStream<Direction::Read>, "pread", FileByCall<Direction::Read>, 1.05},
+    {"file_write_4096", FileByStream<Direction::Write>, "pwrite", FileByCall<Direction::Write>,
+     1.05},
+};
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    for (const Comparison& row : kComparisons) {
+        RatioTable::Add(row.workload, "library", row.own);
+        RatioTable::Add(row.workload, row.peer, row.others);
+    }
+    RatioTable table;
+    if (!table.RunAll(count, arguments)) return 2;
+    RatioTable::PrintHead("time by peer's", {"library", "peer"});
+    for (const Comparison& row : kComparisons) {
+        table.PrintRow(row.workload, {"library", row.peer}, row.peer, row.aim);
+    }
+}
