@@ -1,0 +1,24 @@
+#pragma once
+
+#include "platform/base.h"
+
+/// The classes of characters that markup and style text are read by.
+
+constexpr WCHAR ToLowerAscii(WCHAR unit) noexcept {
+    return unit >= TEXT('A') && unit <= TEXT('Z') ? static_cast<WCHAR>(unit | 0x20) : unit;
+}
+
+constexpr bool IsQuote(WCHAR unit) noexcept { return unit == TEXT('"') || unit == TEXT('\''); }
+
+/// The blanks of the C library on Windows: no line ends.
+constexpr bool IsBlank(WCHAR unit) noexcept {
+    return unit == TEXT(' ') || unit == TEXT('\t') || unit == 0xA0 || unit == 0x3000 ||
+           unit == 0xFEFF;
+}
+
+/// The white space of the C library on Windows.
+constexpr bool IsSpace(WCHAR unit) noexcept {
+    return unit == TEXT(' ') || (unit >= 9 && unit <= 13) || unit == 0xA0 || unit == 0x1680 ||
+           (unit >= 0x2000 && unit <= 0x200A) || unit == 0x2028 || unit == 0x2029 ||
+           unit == 0x202F || unit == 0x205F || unit == 0x3000;
+}

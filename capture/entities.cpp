@@ -1,0 +1,181 @@
+#include "capture/entities.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+struct NamedCharacter {
+    AUX::WStringView reference;
+    WCHAR character;
+};
+
+constexpr NamedCharacter kNamed[] = {
+    {TEXT("&amp;"), TEXT('&')},  {TEXT("&lt;"), TEXT('<')},    {TEXT("&gt;"), TEXT('>')},
+    {TEXT("&quot;"), TEXT('"')}, {TEXT("&apos;"), TEXT('\'')},
+};
+
+constexpr std::uint32_t kLastCodePoint = 0x10FFFF;
+constexpr int kNoDigit = 16;
+
+constexpr bool IsHigh(std::uint32_t unit) noexcept { return unit - 0xD800u < 0x400; }
+constexpr bool IsLow(std::uint32_t unit) noexcept { return unit - 0xDC00u < 0x400; }
+constexpr bool IsSurrogate(std::uint32_t unit) noexcept { return unit - 0xD800u < 0x800; }
+
+constexpr WCHAR Unit(std::uint32_t value) noexcept { return static_cast<WCHAR>(value); }
+
+AUX::WStringView View(const WCHAR* text, std::int64_t length) noexcept {
+    return length < 0 ? AUX::WStringView(text)
+                      : AUX::WStringView(text, static_cast<std::size_t>(length));
+}
+
+constexpr int DigitValue(WCHAR unit) noexcept {
+    if (unit >= TEXT('0') && unit <= TEXT('9')) return unit - TEXT('0');
+    if (unit >= TEXT('a') && unit <= TEXT('f')) return unit - TEXT('a') + 10;
+    if (unit >= TEXT('A') && unit <= TEXT('F')) return unit - TEXT('A') + 10;
+    return kNoDigit;
+}
+
+WCHAR* PutCodePoint(std::uint32_t point, WCHAR* to) noexcept {
+    if (point > kLastCodePoint || IsSurrogate(point)) return to;
+    if (point < 0x10000) {
+        *to++ = Unit(point);
+    } else {
+        *to++ = Unit(0xD7C0 + (point >> 10));
+        *to++ = Unit(0xDC00 + (point & 0x3FF));
+    }
+    return to;
+}
+
+// A reference at the beginning of a text.
+struct Reference {
+    std::size_t length = 0;  // 0: there is none.
+    std::uint32_t point = 0;
+};
+
+Reference ReadNumber(AUX::WStringView text) noexcept {
+    const bool isHex = text.substr(2).starts_with(TEXT('x'));
+    const std::uint32_t base = isHex ? 16 : 10;
+    const std::size_t digits = isHex ? 3 : 2;
+    std::size_t at = digits;
+    std::uint32_t point = 0;
+    for (; at < text.size(); ++at) {
+        const std::uint32_t value = static_cast<std::uint32_t>(DigitValue(text[at]));
+        if (value >= base) break;
+        // Any number above the last code point will do for a larger one.
+        point = std::min(point * base + value, kLastCodePoint + 1);
+    }
+    if (at == digits || at == text.size() || text[at] != TEXT(';')) return {};
+    return {at + 1, point};
+}
+
+Reference ReadReference(AUX::WStringView text) noexcept {
+    if (text.substr(1).starts_with(TEXT('#'))) return ReadNumber(text);
+    for (const NamedCharacter& named : kNamed) {
+        if (text.starts_with(named.reference)) return {named.reference.size(), named.character};
+    }
+    return {};
+}
+
+WCHAR* Put(AUX::WStringView text, WCHAR* to) noexcept {
+    std::memcpy(to, text.data(), text.size() * sizeof(WCHAR));
+    return to + text.size();
+}
+
+// Does with each character of a text what the encoding says of it. The sink takes plain stretches
+// and names as `Text`, numbers as `Number`.
+template <class Sink>
+void Encode(AUX::WStringView text, Sink& sink) noexcept {
+    const auto isPlain = [](WCHAR unit) {
+        return unit >= 32 && unit < 128 && unit != TEXT('&') && unit != TEXT('<') &&
+               unit != TEXT('>') && unit != TEXT('"') && unit != TEXT('\'');
+    };
+    const WCHAR* const end = text.data() + text.size();
+    for (const WCHAR* at = text.data(); at != end;) {
+        const WCHAR* const plainEnd = std::find_if_not(at, end, isPlain);
+        if (plainEnd != at) sink.Text({at, static_cast<std::size_t>(plainEnd - at)});
+        at = plainEnd;
+        if (at == end) return;
+        const std::uint32_t unit = *at++;
+        const auto named = std::find_if(std::begin(kNamed), std::end(kNamed),
+                                        [&](const auto& n) { return n.character == unit; });
+        if (named != std::end(kNamed)) {
+            sink.Text(named->reference);
+        } else if (unit == 9 || unit == 10 || unit == 13) {
+            sink.Number(unit);
+        } else if (IsHigh(unit) && at != end && IsLow(*at)) {
+            sink.Number(0x10000 + ((unit - 0xD800) << 10) + (*at++ - 0xDC00u));
+        } else if (unit >= 128 && unit < 0xFFFE && !IsSurrogate(unit)) {
+            sink.Number(unit);
+        }
+    }
+}
+
+struct LengthSink {
+    void Text(AUX::WStringView text) noexcept { length += text.size(); }
+    void Number(std::uint32_t value) noexcept {
+        length += 4;  // "&#", one digit, ';'
+        for (; value >= 10; value /= 10) ++length;
+    }
+    std::uint64_t length = 0;
+};
+
+struct WriteSink {
+    void Text(AUX::WStringView text) noexcept { to = Put(text, to); }
+    void Number(std::uint32_t value) noexcept {
+        WCHAR digits[7];
+        WCHAR* const last = std::end(digits);
+        WCHAR* first = last;
+        for (; value != 0; value /= 10) *--first = Unit(TEXT('0') + value % 10);
+        to = Put(TEXT("&#"), to);
+        to = Put({first, static_cast<std::size_t>(last - first)}, to);
+        *to++ = TEXT(';');
+    }
+    WCHAR* to;
+};
+
+}  // namespace
+
+bool DecodeEntities(const WCHAR* text, std::int64_t length, AUX::WString& output) noexcept {
+    const AUX::WStringView source = View(text, length);
+    output.Clear();
+    // No reference is shorter than what it stands for.
+    if (source.size() > AUX::WString::kMaxLength ||
+        !output.SetLength(static_cast<std::uint32_t>(source.size()))) {
+        return false;
+    }
+    WCHAR* to = output.Data();
+    for (std::size_t at = 0; at < source.size();) {
+        const std::size_t next = std::min(source.find(TEXT('&'), at), source.size());
+        to = Put(source.substr(at, next - at), to);
+        at = next;
+        if (at == source.size()) break;
+        const Reference reference = ReadReference(source.substr(at));
+        to = reference.length ? PutCodePoint(reference.point, to) : Put(TEXT("&"), to);
+        at += std::max<std::size_t>(reference.length, 1);
+    }
+    return output.SetLength(static_cast<std::uint32_t>(to - output.Data()));
+}
+
+std::uint64_t EncodedLength(AUX::WStringView text) noexcept {
+    LengthSink sink;
+    Encode(text, sink);
+    return sink.length;
+}
+
+void WriteEncoded(AUX::WStringView text, WCHAR* to) noexcept {
+    WriteSink sink{to};
+    Encode(text, sink);
+}
+
+bool EncodeEntities(const WCHAR* text, std::int64_t length, AUX::WString& output) noexcept {
+    const AUX::WStringView source = View(text, length);
+    output.Clear();
+    const std::uint64_t size = EncodedLength(source);
+    if (size == 0) return true;
+    if (size > AUX::WString::kMaxLength || !output.SetLength(static_cast<std::uint32_t>(size))) {
+        return false;
+    }
+    WriteEncoded(source, output.Data());
+    return true;
+}

@@ -1,0 +1,50 @@
+#include "capture/text_splicer.h"
+
+#include <algorithm>
+
+#include "capture/entities.h"
+
+void TextSplicer::Clear() noexcept {
+    Begin = nullptr;
+    End = nullptr;
+    Cursor = nullptr;
+    Output.Clear();
+    isComplete_ = true;
+}
+
+void TextSplicer::Init(const WCHAR* begin, const WCHAR* end) noexcept {
+    Begin = begin;
+    End = end;
+    Cursor = begin;
+}
+
+// Absolute addresses take more room than relative ones; twice the source is enough for all but
+// pages of hardly anything else.
+void TextSplicer::ExpectWholeSource() noexcept {
+    const std::uint64_t wanted = (static_cast<std::uint64_t>(End - Begin) + 1) * 2;
+    if (wanted <= AUX::WString::kMaxLength) {
+        (void)Output.Reserve(static_cast<std::uint32_t>(wanted));  // Append asks again.
+    }
+}
+
+// Room grows by half at least, so that many small pieces move the output only a few times.
+bool TextSplicer::Grow(std::size_t units) noexcept {
+    constexpr std::uint64_t kMost = AUX::WString::kMaxLength;
+    const std::uint64_t length = Output.Length();
+    if (units > kMost - length) return false;
+    const std::uint64_t needed = length + units;
+    return Output.Reserve(static_cast<std::uint32_t>(std::min(needed + length / 2, kMost))) ||
+           Output.Reserve(static_cast<std::uint32_t>(needed));
+}
+
+void TextSplicer::AppendEncoded(AUX::WStringView text) noexcept {
+    const std::uint64_t size = EncodedLength(text);
+    if (!isComplete_ || size == 0) return;
+    if (size > AUX::WString::kMaxLength || !HasRoom(static_cast<std::size_t>(size))) {
+        isComplete_ = false;
+        return;
+    }
+    const std::uint32_t length = Output.Length();
+    (void)Output.SetLength(length + static_cast<std::uint32_t>(size));  // The room is there.
+    WriteEncoded(text, Output.Data() + length);
+}
