@@ -30,7 +30,7 @@ std::int64_t Unknown(std::int64_t length) {
 
 template <std::int64_t length>
 void WriteStream(benchmark::State& state) {
-    const char bytes[kLargest] = {};
+    alignas(kLargest) const char bytes[kLargest] = {};
     const std::int64_t unknown = Unknown(length);
     for (auto _ : state) {
         AUX::DynMemStream stream;
@@ -45,7 +45,7 @@ void WriteStream(benchmark::State& state) {
 }
 template <std::int64_t length>
 void WriteVector(benchmark::State& state) {
-    const std::byte bytes[kLargest] = {};
+    alignas(kLargest) const std::byte bytes[kLargest] = {};
     const std::int64_t unknown = Unknown(length);
     for (auto _ : state) {
         std::vector<std::byte> vector;
@@ -59,7 +59,7 @@ void WriteVector(benchmark::State& state) {
 
 template <std::int64_t length>
 void ReadStream(benchmark::State& state) {
-    char bytes[kLargest] = {};
+    alignas(kLargest) char bytes[kLargest] = {};
     const std::int64_t unknown = Unknown(length);
     AUX::DynMemStream stream;
     if (stream.Open(kTotal, -2)) return state.SkipWithError("cannot open");
@@ -74,7 +74,7 @@ void ReadStream(benchmark::State& state) {
 }
 template <std::int64_t length>
 void ReadVector(benchmark::State& state) {
-    std::byte bytes[kLargest] = {};
+    alignas(kLargest) std::byte bytes[kLargest] = {};
     const std::int64_t unknown = Unknown(length);
     const std::vector<std::byte> vector(kTotal);
     for (auto _ : state) {
@@ -88,7 +88,7 @@ void ReadVector(benchmark::State& state) {
     }
 }
 
-/// A file of kTotal bytes, removed at once on destruction.
+/// A file of kTotal bytes, removed on destruction.
 class File {
 public:
     File() : path_(std::filesystem::temp_directory_path() / "streams_bench.tmp") {
@@ -104,6 +104,11 @@ public:
     File(const File&) = delete;
     File& operator=(const File&) = delete;
 
+    /// Both sides use one file: where it lies in memory makes a difference.
+    static const File& Shared() {
+        static const File file;
+        return file;
+    }
     [[nodiscard]] int Descriptor() const { return descriptor_; }
     [[nodiscard]] bool Open(AUX::FileStream& stream) const {
         std::u16string text = u"Z:" + path_.u16string();
@@ -122,10 +127,9 @@ enum class Direction { Read, Write };
 
 template <Direction direction>
 void FileByStream(benchmark::State& state) {
-    const File file;
     AUX::FileStream stream;
-    if (!file.Open(stream)) return state.SkipWithError("cannot open");
-    char bytes[kLargest] = {};
+    if (!File::Shared().Open(stream)) return state.SkipWithError("cannot open");
+    alignas(kLargest) char bytes[kLargest] = {};
     for (auto _ : state) {
         (void)stream.Rewind();
         for (std::int64_t done = 0; done < kTotal; done += kLargest) {
@@ -139,13 +143,13 @@ void FileByStream(benchmark::State& state) {
 }
 template <Direction direction>
 void FileByCall(benchmark::State& state) {
-    const File file;
-    char bytes[kLargest] = {};
+    const int file = File::Shared().Descriptor();
+    alignas(kLargest) char bytes[kLargest] = {};
     for (auto _ : state) {
         for (std::int64_t done = 0; done < kTotal; done += kLargest) {
             const ssize_t count = direction == Direction::Read
-                                      ? pread(file.Descriptor(), bytes, kLargest, done)
-                                      : pwrite(file.Descriptor(), bytes, kLargest, done);
+                                      ? pread(file, bytes, kLargest, done)
+                                      : pwrite(file, bytes, kLargest, done);
             if (count != kLargest) return state.SkipWithError("cannot move bytes");
         }
     }

@@ -65,6 +65,7 @@ Status FileStore::OpenFile(const FileOpening& opening) noexcept {
     access = opening.access & kAccessMask;
     if (access & kAccessWrite) access |= kAccessRead;
     share = opening.share;
+    isOverlapped = (opening.flags & FILE_FLAG_OVERLAPPED) != 0;
     return kStatusOk;
 }
 
@@ -75,6 +76,7 @@ Status FileStore::ReopenFile() noexcept {
     if (IsFailure(status)) return status;
     if (file.size != size || file.lastWriteTime != lastWriteTime) return kStatusFileChanged;
     handle = std::move(file.handle);
+    isOverlapped = false;
     lastReopen = GetTickCount();
     return CreateMapping();
 }

@@ -49,6 +49,7 @@ public:
     std::uint32_t lastReopen = 0;  ///< GetTickCount of the last reopening, or of construction.
     std::uint32_t access = 0;      ///< Write alone is kept as read and write.
     DWORD share = 0;
+    bool isOverlapped = false;  ///< Whether transfers may be under way when their call returns.
 
 private:
     struct OpenedFile {

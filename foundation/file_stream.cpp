@@ -64,7 +64,8 @@ void FileStream::SetOffset() noexcept {
     overlapped = {};
     overlapped.Offset = static_cast<DWORD>(offset);
     overlapped.OffsetHigh = static_cast<DWORD>(offset >> 32);
-    overlapped.hEvent = event.Get();
+    // Signalling it costs the system a call; where transfers are done at once nobody waits.
+    if (File()->isOverlapped) overlapped.hEvent = event.Get();
 }
 
 // Waits for a transfer that is under way. \return the system's error, 0 for success.

@@ -2,6 +2,7 @@
 
 /// The object behind a file handle, and what the file calls share.
 
+#include <atomic>
 #include <string>
 #include <sys/stat.h>
 
@@ -21,7 +22,16 @@ public:
           access_(access),
           overlapped_(isOverlapped) {}
 
+    /// For what neither looks at the file pointer nor moves it.
     [[nodiscard]] int Descriptor() const noexcept { return descriptor_; }
+
+    /// For what does: the descriptor's own position is the file pointer now.
+    [[nodiscard]] int DescriptorAtPointer() noexcept;
+
+    /// Sets the file pointer. The descriptor's position follows only when somebody asks for it, so
+    /// that a run of positioned transfers costs one call of the system each.
+    void SetPointer(off_t place) noexcept { pointer_.store(place, std::memory_order_relaxed); }
+
     [[nodiscard]] bool HasAccess(DWORD access) const noexcept { return (access_ & access) != 0; }
     /// Whether it was opened with FILE_FLAG_OVERLAPPED.
     [[nodiscard]] bool IsOverlapped() const noexcept { return overlapped_; }
@@ -32,6 +42,8 @@ private:
     const int descriptor_;
     const DWORD access_;  // GENERIC_READ and GENERIC_WRITE
     const bool overlapped_;
+    static constexpr off_t kFollowed = -1;
+    std::atomic<off_t> pointer_{kFollowed};  // what the descriptor's position has yet to become
 };
 
 /// A file time from the host's: 100 nanoseconds since 1601.

@@ -38,8 +38,7 @@ Transfer Repeat(std::size_t bytes, Step step) noexcept {
 }
 
 /// Notes the outcome where the caller looks for it.
-BOOL Finish(const FileObject& file, Transfer result, LPDWORD count,
-            LPOVERLAPPED overlapped) noexcept {
+BOOL Finish(FileObject& file, Transfer result, LPDWORD count, LPOVERLAPPED overlapped) noexcept {
     const auto bytes = static_cast<DWORD>(result.bytes);
     if (count) *count = bytes;
     if (overlapped) {
@@ -50,8 +49,7 @@ BOOL Finish(const FileObject& file, Transfer result, LPDWORD count,
         // The file pointer of a handle without FILE_FLAG_OVERLAPPED follows positioned transfers
         // too.
         if (!file.IsOverlapped()) {
-            (void)lseek(file.Descriptor(), OffsetOf(*overlapped) + static_cast<off_t>(bytes),
-                        SEEK_SET);
+            file.SetPointer(OffsetOf(*overlapped) + static_cast<off_t>(bytes));
         }
         if (overlapped->hEvent) SetEvent(overlapped->hEvent);
     }
@@ -72,14 +70,19 @@ ObjectRef<FileObject> Begin(HANDLE handle, DWORD access, LPDWORD count,
         SetLastError(error);
         return {};
     }
-    if (overlapped) {
-        overlapped->Internal = kStatusPending;
-        if (overlapped->hEvent) ResetEvent(overlapped->hEvent);
-    }
+    // No transfer outlives its call, so nobody could see its event reset.
+    if (overlapped) overlapped->Internal = kStatusPending;
     return file;
 }
 
 }  // namespace
+
+int FileObject::DescriptorAtPointer() noexcept {
+    const off_t place = pointer_.exchange(kFollowed, std::memory_order_relaxed);
+    if (place != kFollowed) (void)lseek(descriptor_, place, SEEK_SET);
+    return descriptor_;
+}
+
 }  // namespace platform
 
 BOOL ReadFile(HANDLE handle, LPVOID buffer, DWORD bytes, LPDWORD read,
@@ -90,7 +93,7 @@ BOOL ReadFile(HANDLE handle, LPVOID buffer, DWORD bytes, LPDWORD read,
     if (InjectFault("ReadFile")) {
         return Finish(*file.Get(), {0, GetLastError()}, read, overlapped);
     }
-    const int descriptor = file->Descriptor();
+    const int descriptor = overlapped ? file->Descriptor() : file->DescriptorAtPointer();
     auto* target = static_cast<BYTE*>(buffer);
     Transfer result = Repeat(bytes, [&](std::size_t done) {
         return overlapped ? pread(descriptor, target + done, bytes - done,
@@ -112,7 +115,7 @@ BOOL WriteFile(HANDLE handle, LPCVOID buffer, DWORD bytes, LPDWORD written,
     if (InjectFault("WriteFile")) {
         return Finish(*file.Get(), {0, GetLastError()}, written, overlapped);
     }
-    const int descriptor = file->Descriptor();
+    const int descriptor = overlapped ? file->Descriptor() : file->DescriptorAtPointer();
     const auto* source = static_cast<const BYTE*>(buffer);
     const Transfer result = Repeat(bytes, [&](std::size_t done) {
         return overlapped ? pwrite(descriptor, source + done, bytes - done,
@@ -142,7 +145,7 @@ BOOL SetFilePointerEx(HANDLE handle, LARGE_INTEGER distance, LARGE_INTEGER* posi
     if (!file || InjectFault("SetFilePointerEx")) return FALSE;
     if (method > FILE_END) return Fail(ERROR_INVALID_PARAMETER);
     constexpr int kWhence[] = {SEEK_SET, SEEK_CUR, SEEK_END};
-    const off_t place = lseek(file->Descriptor(), distance.QuadPart, kWhence[method]);
+    const off_t place = lseek(file->DescriptorAtPointer(), distance.QuadPart, kWhence[method]);
     if (place < 0) return errno == EINVAL ? Fail(ERROR_NEGATIVE_SEEK) : FailErrno();
     if (position) position->QuadPart = place;
     return TRUE;
@@ -153,7 +156,7 @@ BOOL SetEndOfFile(HANDLE handle) noexcept {
     const ObjectRef<FileObject> file = FindObject<FileObject>(handle);
     if (!file || InjectFault("SetEndOfFile")) return FALSE;
     if (!file->HasAccess(GENERIC_WRITE)) return Fail(ERROR_ACCESS_DENIED);
-    const off_t end = lseek(file->Descriptor(), 0, SEEK_CUR);
+    const off_t end = lseek(file->DescriptorAtPointer(), 0, SEEK_CUR);
     return end >= 0 && ftruncate(file->Descriptor(), end) == 0 ? TRUE : FailErrno();
 }
 

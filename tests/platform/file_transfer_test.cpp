@@ -98,6 +98,11 @@ TEST_F(FileTransfer, GoesToThePlaceOfTheOverlapped) {
         EXPECT_TRUE(transfer(WriteFile(file.Get(), "xy", 2, &count_, &place), place));
         EXPECT_EQ(count_, 2u);
         EXPECT_EQ(ReadWholeFile(path_), "0123xy6789");
+        if (flags == FILE_ATTRIBUTE_NORMAL) {
+            EXPECT_EQ(Position(file), 6) << "the file pointer follows";
+            EXPECT_TRUE(ReadFile(file.Get(), buffer_, 2, &count_, nullptr));
+            EXPECT_EQ(std::string(buffer_, count_), "67");
+        }
         ASSERT_TRUE(
             (place = At(4), transfer(WriteFile(file.Get(), "45", 2, &count_, &place), place)));
     }
