@@ -40,4 +40,10 @@ void OpenGap(void* data, std::uint32_t count, std::size_t elementSize,
     std::memmove(place + elementSize, place, (count - index) * elementSize);
 }
 
+void CloseGap(void* data, std::uint32_t count, std::size_t elementSize,
+              std::uint32_t index) noexcept {
+    char* const place = static_cast<char*>(data) + index * elementSize;
+    std::memmove(place, place + elementSize, (count - index) * elementSize);
+}
+
 }  // namespace AUX::array_detail

@@ -21,6 +21,10 @@ bool Grow(void*& data, std::uint32_t count, std::uint32_t& capacity, std::size_t
 void OpenGap(void* data, std::uint32_t count, std::size_t elementSize,
              std::uint32_t index) noexcept;
 
+/// Closes the gap of one element at `index`, behind which `count - index` elements follow.
+void CloseGap(void* data, std::uint32_t count, std::size_t elementSize,
+              std::uint32_t index) noexcept;
+
 }  // namespace array_detail
 
 /// A growing row of plain elements, which move as raw bytes. Owns its block, not what elements
@@ -76,6 +80,13 @@ public:
         Data()[index] = copy;
         ++count;
         return true;
+    }
+
+    /// Takes an element out, moving the rest down; the block stays.
+    void RemoveAt(std::uint32_t index) noexcept {
+        assert(index < count);
+        --count;
+        array_detail::CloseGap(data, count, sizeof(T), index);
     }
 
     [[nodiscard]] T* Data() noexcept { return static_cast<T*>(data); }

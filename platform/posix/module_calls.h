@@ -24,6 +24,7 @@ BOOL FreeLibrary(HMODULE module) noexcept;
 FARPROC GetProcAddress(HMODULE module, LPCSTR name) noexcept;
 /// The module with this base name or path, not counted; null is the program.
 HMODULE GetModuleHandleW(LPCWSTR name) noexcept;
+HMODULE GetModuleHandleA(LPCSTR name) noexcept;
 /// The path of a module, null being the program. \return the length; `size` with
 /// ERROR_INSUFFICIENT_BUFFER if the path was cut to fit; 0 on failure.
 DWORD GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD size) noexcept;

@@ -156,6 +156,12 @@ Module* FindLoaded(WideView name) {
     return nullptr;
 }
 
+HMODULE FindHandle(WideView name) {
+    Module* module = FindLoaded(WithExtension(name));
+    if (!module) SetLastError(ERROR_MOD_NOT_FOUND);
+    return module ? HandleOf(*module) : nullptr;
+}
+
 HMODULE LoadByName(const WideString& name) {
     if (Module* loaded = FindLoaded(name)) {
         ++loaded->uses;
@@ -240,11 +246,16 @@ FARPROC GetProcAddress(HMODULE handle, LPCSTR name) noexcept {
 
 HMODULE GetModuleHandleW(LPCWSTR name) noexcept {
     using namespace platform;
+    if (InjectFault("GetModuleHandleW")) return nullptr;
     const Lock lock(ModuleLock());
-    if (!name) return HandleOf(Table().program);
-    Module* module = FindLoaded(WithExtension(name));
-    if (!module) SetLastError(ERROR_MOD_NOT_FOUND);
-    return module ? HandleOf(*module) : nullptr;
+    return name ? FindHandle(name) : HandleOf(Table().program);
+}
+
+HMODULE GetModuleHandleA(LPCSTR name) noexcept {
+    using namespace platform;
+    if (InjectFault("GetModuleHandleA")) return nullptr;
+    const Lock lock(ModuleLock());
+    return name ? FindHandle(FromUtf8(name)) : HandleOf(Table().program);
 }
 
 DWORD GetModuleFileNameW(HMODULE handle, LPWSTR buffer, DWORD size) noexcept {
