@@ -23,6 +23,19 @@ using bench::RatioTable;
 constexpr std::int64_t kTotal = 1 << 20;  ///< Bytes moved in one iteration.
 constexpr std::size_t kLargest = 4096;
 
+/// Where bytes come from or go to. Half a page off the places where blocks begin: a processor
+/// hesitates to load from a place as far into its page as one just stored to.
+class Buffer {
+public:
+    template <class Byte>
+    [[nodiscard]] Byte* As() {
+        return reinterpret_cast<Byte*>(room_ + kLargest / 2);
+    }
+
+private:
+    alignas(kLargest) char room_[2 * kLargest] = {};
+};
+
 std::int64_t Unknown(std::int64_t length) {
     benchmark::DoNotOptimize(length);
     return length;
@@ -30,7 +43,8 @@ std::int64_t Unknown(std::int64_t length) {
 
 template <std::int64_t length>
 void WriteStream(benchmark::State& state) {
-    alignas(kLargest) const char bytes[kLargest] = {};
+    Buffer buffer;
+    const char* const bytes = buffer.As<const char>();
     const std::int64_t unknown = Unknown(length);
     for (auto _ : state) {
         AUX::DynMemStream stream;
@@ -45,7 +59,8 @@ void WriteStream(benchmark::State& state) {
 }
 template <std::int64_t length>
 void WriteVector(benchmark::State& state) {
-    alignas(kLargest) const std::byte bytes[kLargest] = {};
+    Buffer buffer;
+    const std::byte* const bytes = buffer.As<const std::byte>();
     const std::int64_t unknown = Unknown(length);
     for (auto _ : state) {
         std::vector<std::byte> vector;
@@ -59,7 +74,8 @@ void WriteVector(benchmark::State& state) {
 
 template <std::int64_t length>
 void ReadStream(benchmark::State& state) {
-    alignas(kLargest) char bytes[kLargest] = {};
+    Buffer buffer;
+    char* const bytes = buffer.As<char>();
     const std::int64_t unknown = Unknown(length);
     AUX::DynMemStream stream;
     if (stream.Open(kTotal, -2)) return state.SkipWithError("cannot open");
@@ -74,7 +90,8 @@ void ReadStream(benchmark::State& state) {
 }
 template <std::int64_t length>
 void ReadVector(benchmark::State& state) {
-    alignas(kLargest) std::byte bytes[kLargest] = {};
+    Buffer buffer;
+    std::byte* const bytes = buffer.As<std::byte>();
     const std::int64_t unknown = Unknown(length);
     const std::vector<std::byte> vector(kTotal);
     for (auto _ : state) {
@@ -129,7 +146,8 @@ template <Direction direction>
 void FileByStream(benchmark::State& state) {
     AUX::FileStream stream;
     if (!File::Shared().Open(stream)) return state.SkipWithError("cannot open");
-    alignas(kLargest) char bytes[kLargest] = {};
+    Buffer buffer;
+    char* const bytes = buffer.As<char>();
     for (auto _ : state) {
         (void)stream.Rewind();
         for (std::int64_t done = 0; done < kTotal; done += kLargest) {
@@ -144,7 +162,8 @@ void FileByStream(benchmark::State& state) {
 template <Direction direction>
 void FileByCall(benchmark::State& state) {
     const int file = File::Shared().Descriptor();
-    alignas(kLargest) char bytes[kLargest] = {};
+    Buffer buffer;
+    char* const bytes = buffer.As<char>();
     for (auto _ : state) {
         for (std::int64_t done = 0; done < kTotal; done += kLargest) {
             const ssize_t count = direction == Direction::Read

@@ -24,6 +24,11 @@ Status BlockStream::ReadBytes(void* buffer, std::int64_t length, std::int64_t& c
     return kStatusOk;
 }
 
+Status BlockStream::ReadChecked(void* buffer, std::int64_t length, std::int64_t& count) noexcept {
+    if (const Status status = CheckTransfer(buffer, length, count)) return status;
+    return ReadBytes(buffer, length, count);
+}
+
 Status BlockStream::ReadBytesAt(void* buffer, std::int64_t length, SeekMode mode,
                                 std::int64_t offset, std::int64_t& count) noexcept {
     std::int64_t target = 0;

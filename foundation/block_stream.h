@@ -31,9 +31,23 @@ protected:
     /// Reads from the position on, which must have been checked by CheckTransfer.
     Status ReadBytes(void* buffer, std::int64_t length, std::int64_t& count) noexcept;
 
+    /// As ReadBytes, with that check.
+    Status ReadChecked(void* buffer, std::int64_t length, std::int64_t& count) noexcept;
+
     /// As ReadAt, once the access is settled.
     Status ReadBytesAt(void* buffer, std::int64_t length, SeekMode mode, std::int64_t offset,
                        std::int64_t& count) noexcept;
+
+    /// Moves 4 to 16 bytes, the size of single values, without a call. \return false for others.
+    static bool MoveValue(void* to, const void* from, std::int64_t length) noexcept {
+        if (length < 4 || length > 16) return false;
+        if (length < 8) {
+            MoveEnds<std::uint32_t>(to, from, length);
+        } else {
+            MoveEnds<std::uint64_t>(to, from, length);
+        }
+        return true;
+    }
 
     /// Puts bytes at the position, where there is room for them, and moves behind them.
     void PutBytes(const void* bytes, std::int64_t length) noexcept {
@@ -53,6 +67,19 @@ protected:
     /// Reads from the source straight to the position, where there is room for `length` bytes, and
     /// moves both streams on.
     Status CopyIn(const CopySource& source, std::int64_t length, std::int64_t& count) noexcept;
+
+private:
+    /// Moves one to two words of bytes as two words that may overlap, both read before one is
+    /// written.
+    template <class Word>
+    static void MoveEnds(void* to, const void* from, std::int64_t length) noexcept {
+        const std::int64_t last = length - static_cast<std::int64_t>(sizeof(Word));
+        Word words[2];
+        std::memcpy(&words[0], from, sizeof(Word));
+        std::memcpy(&words[1], static_cast<const char*>(from) + last, sizeof(Word));
+        std::memcpy(to, &words[0], sizeof(Word));
+        std::memcpy(static_cast<char*>(to) + last, &words[1], sizeof(Word));
+    }
 };
 
 }  // namespace AUX

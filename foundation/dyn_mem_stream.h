@@ -46,6 +46,7 @@ public:
 
 private:
     [[nodiscard]] DynMemStore* Own() const noexcept { return static_cast<DynMemStore*>(store); }
+    Status WriteAny(const void* data, std::int64_t length, std::int64_t& count) noexcept;
     Status MakeRoom(std::int64_t newSize) noexcept;
     void ClearFrom(std::int64_t start) noexcept;
 };
