@@ -2,7 +2,7 @@
 
 /// The interfaces of a loaded page: document, elements and what hangs on them.
 
-#include "platform/com.h"
+#include "platform/automation.h"
 
 #ifdef _WIN32
 

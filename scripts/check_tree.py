@@ -2,7 +2,7 @@
 """Checks rules of the source tree that no compiler checks.
 
 usage: check_tree.py rules ROOT
-       check_tree.py headers ROOT CXX      every header compiles alone
+       check_tree.py headers ROOT CXX GENERATED   every header compiles alone
        check_tree.py format ROOT CLANG_FORMAT
 Prints each breach as file:line: text and ends with 1 if there is one.
 """
@@ -93,13 +93,13 @@ def check_rules(root):
     return faults
 
 
-def check_headers(root, compiler):
+def check_headers(root, compiler, generated):
     headers = [n for n in sources(root) if n.endswith(".h") and "windows" not in n
                and n.split("/")[0] in ALLOWED]
 
     def compile_alone(name):
         run = subprocess.run(
-            [compiler, "-std=c++20", "-fsyntax-only", "-Wall", "-Wextra", "-I", root,
+            [compiler, "-std=c++20", "-fsyntax-only", "-Wall", "-Wextra", "-I", root, "-I", generated,
              "-I", "/usr/src/googletest/googletest/include", "-x", "c++", "-"],
             input=f'#include "{name}"\n', capture_output=True, text=True, check=False)
         return [] if run.returncode == 0 else [f"{name}:1: does not compile alone\n{run.stderr}"]
