@@ -21,15 +21,6 @@ WideString Trimmed(WideView text) {
     return trimmed;
 }
 
-/// The length of the scheme in front of the first ':', 0 if there is none.
-std::size_t SchemeLength(WideView text) {
-    std::size_t length = 0;
-    while (length < text.size() && IsSchemeUnit(text[length])) ++length;
-    const bool isScheme =
-        length > 0 && length < text.size() && text[length] == ':' && IsLetter(text[0]);
-    return isScheme ? length : 0;
-}
-
 /// "C:\a b" as "file:///C:/a%20b"; "\\server\a" as "file://server/a".
 WideString UrlOfPath(WideView path) {
     WideString url = IsDrivePath(path) ? TEXT("file:///") : TEXT("file:");
@@ -75,6 +66,14 @@ void SettleFileParts(UrlParts& parts) {
 }
 
 }  // namespace
+
+std::size_t SchemeLength(WideView text) {
+    std::size_t length = 0;
+    while (length < text.size() && IsSchemeUnit(text[length])) ++length;
+    const bool isScheme =
+        length > 0 && length < text.size() && text[length] == ':' && IsLetter(text[0]);
+    return isScheme ? length : 0;
+}
 
 bool IsDrivePath(WideView text) {
     return text.size() >= 2 && IsLetter(text[0]) && text[1] == ':' &&

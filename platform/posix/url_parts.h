@@ -34,6 +34,9 @@ bool BeginsWithDrive(WideView path);
 /// RFC 3986, section 5.2.4.
 WideString WithoutDotSegments(WideView path);
 
+/// The length of the scheme in front of the first ':', 0 if there is none.
+std::size_t SchemeLength(WideView text);
+
 /// Whether a text is a drive's path: a letter, ':', and a separator or nothing.
 bool IsDrivePath(WideView text);
 
