@@ -1,12 +1,10 @@
-// The containers and the encoder of the library beside what the standard library and ICU offer.
+// The containers of the library beside those of the standard library.
 
 #include <benchmark/benchmark.h>
 #include <string>
-#include <unicode/ustring.h>
 #include <vector>
 
 #include "foundation/array.h"
-#include "foundation/utf8.h"
 #include "foundation/wstring.h"
 
 namespace {
@@ -58,54 +56,5 @@ void AddToVector(benchmark::State& state) {
 }
 BENCHMARK(AddToArray)->Arg(10)->Arg(10000);
 BENCHMARK(AddToVector)->Arg(10)->Arg(10000);
-
-enum TextKind { kAscii, kLatin, kCjk };
-
-std::u16string TextOf(TextKind kind) {
-    constexpr std::size_t kUnits = 100000;
-    std::u16string text;
-    const std::u16string sentence = kind == kAscii ? u"The quick brown fox jumps over it. "
-                                    : kind == kLatin ? u"Größere Äpfel überfüllen häufig Körbe. "
-                                                     : u"東京都の天気は晴れです。";
-    while (text.size() < kUnits) text += sentence;
-    return text;
-}
-
-void EncodeOwn(benchmark::State& state) {
-    const std::u16string text = TextOf(static_cast<TextKind>(state.range(0)));
-    std::vector<char> buffer(text.size() * 3);
-    const std::int64_t length = static_cast<std::int64_t>(text.size());
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(
-            AUX::EncodeUtf8(text.data(), length, buffer.data(), buffer.size(), false));
-        benchmark::ClobberMemory();
-    }
-    state.SetBytesProcessed(state.iterations() * length * 2);
-}
-void EncodeIcu(benchmark::State& state) {
-    const std::u16string text = TextOf(static_cast<TextKind>(state.range(0)));
-    std::vector<char> buffer(text.size() * 3);
-    const std::int32_t length = static_cast<std::int32_t>(text.size());
-    for (auto _ : state) {
-        UErrorCode error = U_ZERO_ERROR;
-        std::int32_t written = 0;
-        u_strToUTF8(buffer.data(), static_cast<std::int32_t>(buffer.size()), &written, text.data(),
-                    length, &error);
-        benchmark::DoNotOptimize(written);
-        benchmark::ClobberMemory();
-    }
-    state.SetBytesProcessed(state.iterations() * length * 2);
-}
-void CountOwn(benchmark::State& state) {
-    const std::u16string text = TextOf(static_cast<TextKind>(state.range(0)));
-    const std::int64_t length = static_cast<std::int64_t>(text.size());
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(AUX::EncodeUtf8(text.data(), length, nullptr, 0, false));
-    }
-    state.SetBytesProcessed(state.iterations() * length * 2);
-}
-BENCHMARK(EncodeOwn)->ArgName("ascii0_latin1_cjk2")->Arg(kAscii)->Arg(kLatin)->Arg(kCjk);
-BENCHMARK(EncodeIcu)->ArgName("ascii0_latin1_cjk2")->Arg(kAscii)->Arg(kLatin)->Arg(kCjk);
-BENCHMARK(CountOwn)->ArgName("ascii0_latin1_cjk2")->Arg(kAscii)->Arg(kLatin)->Arg(kCjk);
 
 }  // namespace

@@ -2,13 +2,15 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 namespace bench {
 
 benchmark::internal::Benchmark* RatioTable::Add(const std::string& workload, const char* contender,
-                                                void (*run)(benchmark::State&)) {
+                                                std::function<void(benchmark::State&)> run) {
     const std::string name = workload + '/' + contender;
-    return benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMicrosecond);
+    return benchmark::RegisterBenchmark(name.c_str(), std::move(run))
+        ->Unit(benchmark::kMicrosecond);
 }
 
 bool RatioTable::RunAll(int count, char** arguments) {

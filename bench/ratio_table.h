@@ -1,6 +1,7 @@
 #pragma once
 
 #include <benchmark/benchmark.h>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -13,7 +14,7 @@ class RatioTable : public benchmark::ConsoleReporter {
 public:
     /// Registers one: the workload's and the contender's name, then what runs.
     static benchmark::internal::Benchmark* Add(const std::string& workload, const char* contender,
-                                               void (*run)(benchmark::State&));
+                                               std::function<void(benchmark::State&)> run);
 
     /// Runs all that the options select. Each runs in repetitions mixed with the others', so that a
     /// busy moment of the machine spares each its best time. \return false for bad options.

@@ -1,21 +1,15 @@
 #include "foundation/utf8.h"
 
+#include <algorithm>
 #include <cstring>
 
+#include "foundation/utf8_block.h"
 #include "foundation/wstring_view.h"
 
 namespace AUX {
 namespace {
 
-// One block is tested and packed in a loop of fixed length, which compilers turn into vector code.
-constexpr std::size_t kBlock = 16;
 constexpr std::size_t kMaxBytes = 4;  // Of one code point.
-
-bool IsAsciiBlock(const WCHAR* text) noexcept {
-    std::uint16_t all = 0;
-    for (std::size_t i = 0; i < kBlock; ++i) all = static_cast<std::uint16_t>(all | text[i]);
-    return all < 0x80;
-}
 
 constexpr bool IsHigh(std::uint32_t unit) noexcept { return unit - 0xD800u < 0x400; }
 constexpr bool IsLow(std::uint32_t unit) noexcept { return unit - 0xDC00u < 0x400; }
@@ -26,53 +20,57 @@ bool IsPair(const WCHAR* text, const WCHAR* end) noexcept {
     return IsHigh(text[0]) && end - text > 1 && IsLow(text[1]);
 }
 
-constexpr char Byte(std::uint32_t value) noexcept {
-    return static_cast<char>(static_cast<unsigned char>(value));
-}
-
-// Writes the bytes of the code point at `text` and moves behind it; `out` has room for four.
+// Writes the bytes of the code point at `text` and moves behind it; `out` has room for four. One of
+// three forms is picked from a list, not branched to: text mixes them at every letter.
 inline char* EncodeOne(const WCHAR*& text, const WCHAR* end, char* out) noexcept {
     const std::uint32_t unit = *text;
-    if (unit < 0x80) {
-        *out++ = Byte(unit);
-    } else if (unit < 0x800) {
-        *out++ = Byte(0xC0 | unit >> 6);
-        *out++ = Byte(0x80 | (unit & 0x3F));
-    } else if (IsSurrogate(unit) && IsPair(text, end)) {
+    std::uint32_t word = 0;
+    std::size_t size = kMaxBytes;
+    if (IsSurrogate(unit) && IsPair(text, end)) {
         const std::uint32_t point = 0x10000 + ((unit - 0xD800) << 10) + (text[1] - 0xDC00u);
-        *out++ = Byte(0xF0 | point >> 18);
-        *out++ = Byte(0x80 | (point >> 12 & 0x3F));
-        *out++ = Byte(0x80 | (point >> 6 & 0x3F));
-        *out++ = Byte(0x80 | (point & 0x3F));
+        word = 0x808080F0 | point >> 18 | (point >> 4 & 0x3F00) | (point << 10 & 0x3F0000) |
+               (point & 0x3F) << 24;
         ++text;
     } else {
-        *out++ = Byte(0xE0 | unit >> 12);
-        *out++ = Byte(0x80 | (unit >> 6 & 0x3F));
-        *out++ = Byte(0x80 | (unit & 0x3F));
+        const std::uint32_t last = unit & 0x3F;
+        const std::uint32_t words[] = {unit, 0x80C0 | unit >> 6 | last << 8,
+                                       0x8080E0 | unit >> 12 | (unit << 2 & 0x3F00) | last << 16};
+        size = std::size_t{1} + (unit >= 0x80) + (unit >= 0x800);
+        word = words[size - 1];
     }
     ++text;
-    return out;
+    std::memcpy(out, &word, sizeof word);
+    return out + size;
 }
 
+std::size_t CountPairs(const WCHAR* text) noexcept {
+    std::size_t pairs = 0;
+    for (std::ptrdiff_t i = 0; i < utf8::kBlockUnits; ++i) {
+        pairs += IsHigh(text[i]) && IsLow(text[i + 1]);
+    }
+    return pairs;
+}
+
+// A pair takes four bytes, where its two units alone would take three each. Each block is followed
+// by one unit at least, since a pair may begin with its last.
 std::size_t Count(const WCHAR* text, const WCHAR* end) noexcept {
     std::size_t bytes = 0;
-    while (text != end) {
-        const std::size_t units = static_cast<std::size_t>(end - text);
-        if (units >= kBlock && IsAsciiBlock(text)) {
-            text += kBlock;
-            bytes += kBlock;
-            continue;
+    while (end - text > utf8::kBlockUnits) {
+        std::ptrdiff_t blocks = (end - text - 1) / utf8::kBlockUnits;
+        blocks = std::min(blocks, utf8::Tally::kMaxBlocks);
+        utf8::Tally tally;
+        for (const WCHAR* const stop = text + blocks * utf8::kBlockUnits; text < stop;
+             text += utf8::kBlockUnits) {
+            const utf8::Block block(text);
+            tally.Add(block);
+            if (block.HasSurrogate()) bytes -= 2 * CountPairs(text);
         }
-        for (const WCHAR* const stop = text + (units < kBlock ? units : kBlock); text < stop;
-             ++text) {
-            const std::uint32_t unit = *text;
-            bytes += 1u + (unit >= 0x80) + (unit >= 0x800);
-            // A pair takes four bytes in all.
-            if (IsSurrogate(unit) && IsPair(text, end)) {
-                ++bytes;
-                ++text;
-            }
-        }
+        bytes += tally.Bytes();
+    }
+    for (; text < end; ++text) {
+        const std::uint32_t unit = *text;
+        bytes += std::size_t{1} + (unit >= 0x80) + (unit >= 0x800);
+        if (IsHigh(unit) && IsPair(text, end)) bytes -= 2;
     }
     return bytes;
 }
@@ -86,27 +84,57 @@ bool PutCut(const char* bytes, std::size_t size, char*& out, char* limit) noexce
     return fits == size;
 }
 
+// Writes one block, of any sort, and moves `text` on by it or by one unit more: a pair may begin
+// with the block's last unit.
+char* WriteBlock(const WCHAR*& text, const WCHAR* end, char* out) noexcept {
+    const utf8::Block block(text);
+    const WCHAR* const stop = text + utf8::kBlockUnits;
+    if (block.IsAscii()) {
+        out = block.PutAscii(out);
+    } else if (block.IsShort()) {
+        out = block.PutShort(out);
+    } else if (block.IsThreeByte()) {
+        out = block.PutThreeByte(out);
+    } else {
+        while (text < stop) out = EncodeOne(text, end, out);
+        return out;
+    }
+    text = stop;
+    return out;
+}
+
+// Writes whole blocks while there is room for whatever they become; moves `text` on. What it writes
+// behind its end, a few bytes, the rest of the text overwrites: a block's worth at least.
+char* WriteBlocks(const WCHAR*& text, const WCHAR* end, char* out, const char* limit) noexcept {
+    constexpr std::ptrdiff_t kBlockRoom = utf8::kBlockUnits * 4;
+    constexpr std::ptrdiff_t kRunRoom = utf8::kRunUnits * 4;
+    static_assert(kBlockRoom >= utf8::kBlockReach);
+    while (end - text >= utf8::kRunUnits + utf8::kBlockUnits && limit - out >= kRunRoom) {
+        if (utf8::PutAsciiRun(text, out)) {
+            text += utf8::kRunUnits;
+            out += utf8::kRunUnits;
+            continue;
+        }
+        const WCHAR* const stop = text + utf8::kRunUnits - utf8::kBlockUnits;
+        while (text <= stop) out = WriteBlock(text, end, out);
+    }
+    while (end - text >= 2 * utf8::kBlockUnits && limit - out >= kBlockRoom) {
+        out = WriteBlock(text, end, out);
+    }
+    return out;
+}
+
 // Writes until the text ends or the buffer is full; gives the end of what was written.
 char* Write(const WCHAR* text, const WCHAR* end, char* out, char* limit) noexcept {
-    while (text != end) {
-        const std::size_t room = static_cast<std::size_t>(limit - out);
-        const std::size_t units = static_cast<std::size_t>(end - text);
-        if (room >= kBlock && units >= kBlock && IsAsciiBlock(text)) {
-            for (std::size_t i = 0; i < kBlock; ++i) out[i] = Byte(text[i]);
-            text += kBlock;
-            out += kBlock;
-        } else if (room >= kBlock * kMaxBytes && units >= kBlock) {
-            // A pair may begin with the last unit of the block, so it ends up to one behind it.
-            for (const WCHAR* const stop = text + kBlock; text < stop;) {
-                out = EncodeOne(text, end, out);
-            }
-        } else if (room >= kMaxBytes) {
-            out = EncodeOne(text, end, out);
-        } else {
-            char bytes[kMaxBytes];
-            const char* const last = EncodeOne(text, end, bytes);
-            if (!PutCut(bytes, static_cast<std::size_t>(last - bytes), out, limit)) break;
+    out = WriteBlocks(text, end, out, limit);
+    while (text != end && out != limit) {
+        if (*text < 0x80) {
+            *out++ = static_cast<char>(*text++);
+            continue;
         }
+        char bytes[kMaxBytes];
+        const char* const last = EncodeOne(text, end, bytes);
+        if (!PutCut(bytes, static_cast<std::size_t>(last - bytes), out, limit)) break;
     }
     return out;
 }

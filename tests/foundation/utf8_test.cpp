@@ -64,19 +64,19 @@ TEST(EncodeUtf8, CutsAtTheEndOfTheBuffer) {
     }
 }
 
-TEST(EncodeUtf8, FindsEveryCharacterAmongAscii) {
+TEST(EncodeUtf8, TakesRunsAndMixturesOfEveryLength) {
     std::mt19937 random(7);
-    const WideString kOthers[] = {TEXT("\xE4"), TEXT("\x263A"), {0xD83D, 0xDE00}};
+    const WideString kKinds[] = {TEXT("a"), TEXT("\xE4"), TEXT("\x263A"), {0xD83D, 0xDE00}};
     for (std::size_t length = 1; length < 70; ++length) {
-        WideString text;
-        while (text.size() < length) {
-            if (random() % 12) {
-                text += static_cast<WCHAR>('a' + random() % 26);
-            } else {
-                text += kOthers[random() % 3];
+        for (const unsigned rarity : {1u, 2u, 12u, 100u}) {
+            WideString text;
+            unsigned kind = random() % 4;
+            while (text.size() < length) {
+                if (random() % rarity == 0) kind = random() % 4;
+                text += kKinds[kind];
             }
+            ASSERT_EQ(Encode(text, false), platform::ToUtf8(text)) << length << ' ' << rarity;
         }
-        EXPECT_EQ(Encode(text, false), platform::ToUtf8(text));
     }
 }
 
