@@ -1,350 +1,310 @@
 #include "settings/conversion_settings.h"
 
-#include <functional>
 #include <gtest/gtest.h>
 #include <limits>
-#include <vector>
+#include <random>
 
-#include "platform/registry.h"
 #include "platform/testing.h"
+#include "settings/password_text.h"
+#include "settings/registry_values.h"
 #include "settings/setting_rows.h"
+#include "tests/support/case_table.h"
 #include "tests/support/fail_each_allocation.h"
 #include "tests/support/test_profile.h"
 
 namespace {
 
+using platform::ToUtf8;
 using platform::WideString;
-using Bytes = std::vector<BYTE>;
-using C = ConversionSettings;
+using Record = ConversionSettings;
 
 constexpr WCHAR kKey[] = TEXT("Software\\Norvane Systems\\Quvada 6\\IE Addin");
 
-struct StoredValue {
-    DWORD type = REG_NONE;
-    Bytes data;
-    friend bool operator==(const StoredValue&, const StoredValue&) = default;
-};
+using StoredValue = std::pair<DWORD, std::string>;  // type and bytes
 
-StoredValue Dword(std::uint32_t value) {
-    const auto* bytes = reinterpret_cast<const BYTE*>(&value);
-    return {REG_DWORD, Bytes(bytes, bytes + 4)};
+StoredValue Value(DWORD type, const void* bytes, std::size_t count) {
+    return {type, {static_cast<const char*>(bytes), count}};
 }
-StoredValue Text(const WideString& text, DWORD type = REG_SZ) {
-    const auto* bytes = reinterpret_cast<const BYTE*>(text.c_str());
-    return {type, Bytes(bytes, bytes + (text.size() + 1) * 2)};
+StoredValue Dword(std::uint32_t value) { return Value(REG_DWORD, &value, sizeof value); }
+StoredValue Text(const WideString& text) {
+    return Value(REG_SZ, text.c_str(), (text.size() + 1) * 2);
 }
-StoredValue Ascii(const std::string& text, DWORD type = REG_BINARY) {
-    return {type, Bytes(text.begin(), text.end())};
+std::uint32_t Number(const WideString& digits) {
+    return static_cast<std::uint32_t>(std::stoull(ToUtf8(digits)));
 }
-
-std::string Shown(const WideString& text) { return platform::ToUtf8(text); }
-std::string Shown(const AUX::WString& text) { return platform::ToUtf8(AUX::WStringView(text)); }
-
-/// A row as administrators and other versions know it, and where it lies in the record.
-struct RowCase {
-    const WCHAR* name;
-    StoredValue byDefault;
-    StoredValue other;  // Another value, and how it shows in the record
-    std::string shown;
-    std::function<std::string(const ConversionSettings&)> show;
-};
-
-template <class Owner, class Field>
-auto Show(Field Owner::*field) {
-    return [field](const ConversionSettings& settings) {
-        const Owner* owner = nullptr;
-        if constexpr (std::is_same_v<Owner, SecuritySettings>) owner = settings.Security.Get();
-        if constexpr (std::is_same_v<Owner, RunAppSettings>) owner = settings.RunApp.Get();
-        if constexpr (std::is_same_v<Owner, ConversionSettings>) owner = &settings;
-        if constexpr (std::is_same_v<Field, AUX::WString>) return Shown(owner->*field);
-        if constexpr (!std::is_same_v<Field, AUX::WString>) return std::to_string(owner->*field);
-    };
+/// The value of a cell: its kind, a colon, and what it holds.
+StoredValue CellValue(const WideString& cell) {
+    const WideString content = cell.substr(cell.find(':') + 1);
+    if (cell[0] == 's') return Text(content);
+    if (cell[0] == 'b') return {REG_BINARY, ToUtf8(content)};
+    return Dword(Number(content));
 }
 
-std::vector<RowCase> AllRows() {
-    using S = SecuritySettings;
-    using R = RunAppSettings;
-    const StoredValue off = Dword(0);
-    const StoredValue on = Dword(1);
-    const StoredValue trueToo = Dword(0x80000000);
-    return {
-        {TEXT("WebPageTargetWidth"), Dword(1280), Dword(0xFFFFFFFF), "4294967295",
-         Show(&C::WebPageTargetWidth)},
-        {TEXT("LoadDelay"), Dword(500), off, "0", Show(&C::LoadDelay)},
-        {TEXT("PaperSize"), Dword(11), Dword(99), "99", Show(&C::PaperSize)},
-        {TEXT("PDFSpecification"), Dword(65540), Dword(0x10007), "65543",
-         Show(&C::PDFSpecification)},
-        {TEXT("CompressionLevel"), on, Dword(2), "2", Show(&C::CompressionLevel)},
-        {TEXT("Units"), off, Dword(7), "7", Show(&C::Units)},
-        {TEXT("LandscapeOrienatation"), off, trueToo, "1", Show(&C::LandscapeOrientation)},
-        {TEXT("UseWebPageBackgroundColor"), on, off, "0", Show(&C::UseWebPageBackgroundColor)},
-        {TEXT("GenerateLinks"), on, off, "0", Show(&C::GenerateLinks)},
-        {TEXT("RunPDFApp"), on, off, "0", Show(&C::RunPDFApp)},
-        {TEXT("UseWebPageCopy"), on, off, "0", Show(&C::UseWebPageCopy)},
-        {TEXT("ConvertAttachments"), on, off, "0", Show(&C::ConvertAttachments)},
-        {TEXT("PageWidth2"), Dword(595300), Dword(612001), "612.001000", Show(&C::PageWidth)},
-        {TEXT("PageHeight2"), Dword(841900), Dword(0xFFFFFFFF), "4294967.295000",
-         Show(&C::PageHeight)},
-        {TEXT("MarginTop2"), off, Dword(1), "0.001000", Show(&C::MarginTop)},
-        {TEXT("MarginBottom2"), off, Dword(14170), "14.170000", Show(&C::MarginBottom)},
-        {TEXT("MarginLeft2"), off, Dword(1001), "1.001000", Show(&C::MarginLeft)},
-        {TEXT("MarginRight2"), off, Dword(1009), "1.009000", Show(&C::MarginRight)},
-        {TEXT("RunCustPDFApp"), off, on, "1", Show(&R::UseCustomApp)},
-        {TEXT("RunPDFPath"), Text({}), Text(TEXT("C:\\a b\\c.exe")), "C:\\a b\\c.exe",
-         Show(&R::AppPath)},
-        {TEXT("RunPDFParams"), Text(TEXT("%f")), Text(TEXT("/p \"%f\"")), "/p \"%f\"",
-         Show(&R::AppParameters)},
-        {TEXT("secEnabled"), off, on, "1", Show(&S::Enabled)},
-        {TEXT("secHasUserPassword"), off, on, "1", Show(&S::HasUserPassword)},
-        {TEXT("secHasOwnerPassword"), off, on, "1", Show(&S::HasOwnerPassword)},
-        {TEXT("secUserPassword"), Ascii(""), Ascii("YQBiAA=="), "ab", Show(&S::UserPassword)},
-        {TEXT("secOwnerPassword"), Ascii(""), Ascii("PdgA3g=="), "\xF0\x9F\x98\x80",
-         Show(&S::OwnerPassword)},
-        {TEXT("secType"), off, Dword(4), "4", Show(&S::Type)},
-        {TEXT("sec40AllowPrinting"), off, on, "1", Show(&S::Allow40Printing)},
-        {TEXT("sec40AllowChanging"), off, on, "1", Show(&S::Allow40Changing)},
-        {TEXT("sec40AllowCopying"), off, on, "1", Show(&S::Allow40Copying)},
-        {TEXT("sec40AllowComments"), off, on, "1", Show(&S::Allow40Comments)},
-        {TEXT("sec128ContentAccess"), off, on, "1", Show(&S::Allow128ContentAccess)},
-        {TEXT("sec128AllowCopying"), off, on, "1", Show(&S::Allow128Copying)},
-        {TEXT("sec128Changes"), off, Dword(3), "3", Show(&S::Changes128)},
-        {TEXT("sec128Printing"), off, Dword(2), "2", Show(&S::Printing128)},
-        {TEXT("sec128EncryptMeta"), on, off, "0", Show(&S::EncryptMetadata128)},
-    };
+std::string Shown(const AUX::WString& text) { return ToUtf8(AUX::WStringView(text)); }
+std::string Shown(auto number) { return std::to_string(number); }
+std::vector<std::string> ShowAll(const auto&... fields) { return {Shown(fields)...}; }
+
+/// What of the record is kept, in the order of saving.
+std::vector<std::string> Fields(const Record& s) {
+    const RunAppSettings& app = *s.RunApp;
+    const SecuritySettings& pdf = *s.Security;
+    return ShowAll(s.WebPageTargetWidth, s.LoadDelay, s.PaperSize, s.PDFSpecification,
+                   s.CompressionLevel, s.Units, s.LandscapeOrientation, s.UseWebPageBackgroundColor,
+                   s.GenerateLinks, s.RunPDFApp, s.UseWebPageCopy, s.ConvertAttachments,
+                   s.PageWidth, s.PageHeight, s.MarginTop, s.MarginBottom, s.MarginLeft,
+                   s.MarginRight, app.UseCustomApp, app.AppPath, app.AppParameters, pdf.Enabled,
+                   pdf.HasUserPassword, pdf.HasOwnerPassword, pdf.UserPassword, pdf.OwnerPassword,
+                   pdf.Type, pdf.Allow40Printing, pdf.Allow40Changing, pdf.Allow40Copying,
+                   pdf.Allow40Comments, pdf.Allow128ContentAccess, pdf.Allow128Copying,
+                   pdf.Changes128, pdf.Printing128, pdf.EncryptMetadata128);
 }
 
 class ConversionSettingsTest : public testing::Test {
 protected:
-    void MakeKey() {
+    void SetUp() override {
         ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, kKey, 0, nullptr, REG_OPTION_NON_VOLATILE,
                                   0x2001F, nullptr, key_.Put(), nullptr),
                   ERROR_SUCCESS);
     }
-    void Store(const WCHAR* name, const StoredValue& value) {
-        if (!key_) MakeKey();
-        ASSERT_EQ(RegSetValueExW(key_.Get(), name, 0, value.type, value.data.data(),
-                                 static_cast<DWORD>(value.data.size())),
+    void Store(const WideString& name, const StoredValue& value) {
+        ASSERT_EQ(RegSetValueExW(key_.Get(), name.c_str(), 0, value.first,
+                                 reinterpret_cast<const BYTE*>(value.second.data()),
+                                 static_cast<DWORD>(value.second.size())),
                   ERROR_SUCCESS);
     }
-    StoredValue Stored(const WCHAR* name) {
-        if (!key_) MakeKey();
-        StoredValue value{REG_NONE, Bytes(4096)};
-        DWORD size = static_cast<DWORD>(value.data.size());
-        if (RegQueryValueExW(key_.Get(), name, nullptr, &value.type, value.data.data(), &size) !=
-            ERROR_SUCCESS) {
-            return {};
-        }
-        value.data.resize(size);
-        return value;
+    /// Nothing if there is no such value.
+    StoredValue Stored(const WideString& name) {
+        BYTE bytes[64];
+        DWORD type = REG_NONE;
+        DWORD size = sizeof bytes;
+        const LSTATUS read =
+            RegQueryValueExW(key_.Get(), name.c_str(), nullptr, &type, bytes, &size);
+        return read == ERROR_SUCCESS ? Value(type, bytes, size) : StoredValue{};
     }
 
     test_support::TestProfile profile_;
     platform::RegistryKey key_;
+    Record settings_{kKey};
 };
 
-TEST_F(ConversionSettingsTest, EachRowIsSavedAndLoadedUnderItsNameAndType) {
-    const std::vector<RowCase> rows = AllRows();
+TEST_F(ConversionSettingsTest, EachRowIsSavedLoadedKeptAndResetUnderItsNameAndType) {
+    const auto rows = test_support::ReadCases(SETTINGS_CASES "setting_rows.tsv", 4);
     ASSERT_EQ(SettingRows().size(), rows.size());
-    ConversionSettings settings(kKey);
-    ASSERT_EQ(settings.Save(), S_OK);
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-        SCOPED_TRACE(Shown(rows[i].name));
-        EXPECT_EQ(WideString(SettingRows()[i].name), rows[i].name) << "the order has changed";
-        EXPECT_EQ(Stored(rows[i].name), rows[i].byDefault);
-        Store(rows[i].name, rows[i].other);
+    const std::vector<std::string> defaults = Fields(settings_);
+    ASSERT_EQ(settings_.Save(), S_OK);
+    for (const auto& row : rows) {
+        EXPECT_EQ(Stored(row[0]), CellValue(row[1])) << ToUtf8(row[0]);
+        Store(row[0], CellValue(row[2]));
     }
+    Store(TEXT("LandscapeOrienatation"), Dword(0x80000000));  // Saved as 1 again.
     for (const WCHAR* name : {TEXT("PageWidth"), TEXT("HiddenRun"), TEXT("WebPageTargetHeight")}) {
-        EXPECT_EQ(Stored(name), StoredValue{}) << Shown(name);
+        EXPECT_EQ(Stored(name), StoredValue{}) << ToUtf8(name);
+    }
+    ASSERT_EQ(settings_.Load(), S_OK);
+    const std::vector<std::string> loaded = Fields(settings_);
+    ASSERT_EQ(settings_.Save(), S_OK);
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        SCOPED_TRACE(ToUtf8(rows[i][0]));
+        EXPECT_EQ(loaded[i], ToUtf8(rows[i][3]));
+        EXPECT_NE(loaded[i], defaults[i]) << "shows nothing";
+        EXPECT_EQ(Stored(rows[i][0]), CellValue(rows[i][2]));
+        // In four bytes too: the type counts.
+        Store(rows[i][0], rows[i][1][0] == 'd' ? Text(TEXT("7")) : Dword(7));
     }
 
-    ASSERT_EQ(settings.Load(), S_OK);
-    ConversionSettings fresh(kKey);
-    for (const RowCase& row : rows) {
-        SCOPED_TRACE(Shown(row.name));
-        EXPECT_EQ(row.show(settings), row.shown);
-        EXPECT_NE(row.show(fresh), row.shown) << "shows nothing";
-    }
+    // What is missing, or of the wrong type or size, leaves its field; passwords are emptied.
+    Store(TEXT("LoadDelay"), Value(REG_DWORD, "ab", 2));
+    Store(TEXT("PaperSize"), Value(REG_DWORD, "abcde", 5));
+    Store(TEXT("secUserPassword"), {REG_SZ, "YQBiAA=="});
+    EXPECT_EQ(RegDeleteValueW(key_.Get(), TEXT("secOwnerPassword")), ERROR_SUCCESS);
+    std::vector<std::string> kept = loaded;
+    kept[24] = kept[25] = "";
+    ASSERT_EQ(settings_.Load(), S_OK);
+    EXPECT_EQ(Fields(settings_), kept);
 
-    // Saving what was loaded changes nothing but a flag's form.
-    ASSERT_EQ(settings.Save(), S_OK);
-    for (const RowCase& row : rows) {
-        const bool isFlag = row.other == Dword(0x80000000);
-        EXPECT_EQ(Stored(row.name), isFlag ? Dword(1) : row.other) << Shown(row.name);
-    }
-
-    const SecuritySettings* const security = settings.Security.Get();
-    settings.HiddenRun = true;
-    settings.WebPageTargetHeight = 4000;
-    for (auto text : {&C::SharedDataName, &C::StorageFile, &C::CeArgument}) {
-        ASSERT_TRUE((settings.*text).Assign(TEXT("x")));
-    }
-    settings.ResetToDefaults();
-    for (const RowCase& row : rows) EXPECT_EQ(row.show(settings), row.show(fresh));
-    EXPECT_FALSE(settings.HiddenRun);
-    EXPECT_EQ(settings.WebPageTargetHeight, 800u);
-    EXPECT_TRUE(settings.SharedDataName.IsEmpty() && settings.StorageFile.IsEmpty() &&
-                settings.CeArgument.IsEmpty());
-    EXPECT_EQ(settings.KeyPath, kKey);
-    EXPECT_EQ(settings.Security.Get(), security);
+    const SecuritySettings* const security = settings_.Security.Get();
+    settings_.ResetToDefaults();
+    EXPECT_EQ(Fields(settings_), defaults);
+    EXPECT_EQ(settings_.Security.Get(), security);
 }
 
-TEST_F(ConversionSettingsTest, MissingAndWrongValuesLeaveTheirFieldsButPasswordsAreEmptied) {
-    for (const RowCase& row : AllRows()) {
-        const bool isNumber = row.byDefault.type == REG_DWORD;
-        Store(row.name, isNumber ? Text(TEXT("7")) : Dword(7));
-    }
-    Store(TEXT("LoadDelay"), {REG_DWORD, {1, 2}});  // Too short for its type.
-    Store(TEXT("PaperSize"), {REG_DWORD, {1, 2, 3, 4, 5}});
-    ConversionSettings settings(kKey);
-    settings.LoadDelay = settings.PaperSize = 77;
-    settings.MarginTop = 12.5;
-    ASSERT_TRUE(settings.RunApp->AppPath.Assign(TEXT("mine")));
-    ASSERT_TRUE(settings.Security->UserPassword.Assign(TEXT("mine")));
-    ASSERT_EQ(settings.Load(), S_OK);
-    EXPECT_EQ(settings.LoadDelay, 77u);
-    EXPECT_EQ(settings.PaperSize, 77u);
-    EXPECT_EQ(settings.MarginTop, 12.5);
-    EXPECT_TRUE(settings.RunPDFApp);
-    EXPECT_EQ(settings.RunApp->AppPath, TEXT("mine"));
-    EXPECT_EQ(settings.RunApp->AppParameters, TEXT("%f"));
-    EXPECT_TRUE(settings.Security->UserPassword.IsEmpty());
-
-    Store(TEXT("secUserPassword"), Ascii("YQBiAA==", REG_SZ));
-    ASSERT_TRUE(settings.Security->UserPassword.Assign(TEXT("mine")));
-    ASSERT_EQ(settings.Load(), S_OK);
-    EXPECT_TRUE(settings.Security->UserPassword.IsEmpty());
-}
-
-TEST_F(ConversionSettingsTest, OldLengthsAreTakenOverOnceAndLoseAgainstNewOnes) {
+TEST_F(ConversionSettingsTest, LengthsAreCutAndOldLengthsAndVersionsTakenOver) {
     Store(TEXT("PageWidth"), Dword(6120));
     Store(TEXT("PageHeight"), Dword(7920));
     Store(TEXT("PageHeight2"), Dword(595000));
     Store(TEXT("MarginTop"), Dword(0xFFFFFFFF));
-    Store(TEXT("MarginLeft"), Text(TEXT("6120")));
-    ConversionSettings settings(kKey);
-    ASSERT_EQ(settings.Load(), S_OK);
-    EXPECT_EQ(settings.PageWidth, 612.0);
-    EXPECT_EQ(settings.PageHeight, 595.0);
-    EXPECT_EQ(settings.MarginTop, 429496729.5);
-    EXPECT_EQ(settings.MarginLeft, 0.0);
+    Store(TEXT("MarginLeft"), Text(TEXT("6")));
+    ASSERT_EQ(settings_.Load(), S_OK);
+    EXPECT_EQ(settings_.PageWidth, 612.0);
+    EXPECT_EQ(settings_.PageHeight, 595.0);
+    EXPECT_EQ(settings_.MarginTop, 429496729.5);
     for (const WCHAR* name : {TEXT("PageWidth"), TEXT("PageHeight"), TEXT("MarginTop")}) {
-        EXPECT_EQ(Stored(name), StoredValue{}) << Shown(name);
+        EXPECT_EQ(Stored(name), StoredValue{}) << ToUtf8(name);
     }
-    EXPECT_EQ(Stored(TEXT("MarginLeft")), Text(TEXT("6120"))) << "is none of ours";
-}
+    EXPECT_EQ(Stored(TEXT("MarginLeft")), Text(TEXT("6"))) << "is none of ours";
 
-TEST_F(ConversionSettingsTest, OldPdfVersionsAreMigratedInMemoryOnly) {
-    const struct {
-        std::uint32_t stored, loaded;
-    } kCases[] = {{0, 0}, {15, 15}, {16, 0x10000}, {20, 0x10004}, {23, 0x10007}, {24, 24}};
-    for (const auto& c : kCases) {
-        Store(TEXT("PDFSpecification"), Dword(c.stored));
-        ConversionSettings settings(kKey);
-        ASSERT_EQ(settings.Load(), S_OK);
-        EXPECT_EQ(settings.PDFSpecification, c.loaded);
-        EXPECT_EQ(Stored(TEXT("PDFSpecification")), Dword(c.stored));
-    }
-    // Without a key nothing changes, the version neither.
-    ConversionSettings settings(TEXT("Software\\No such key"));
-    settings.PDFSpecification = 20;
-    ASSERT_EQ(settings.Load(), S_OK);
-    EXPECT_EQ(settings.PDFSpecification, 20u);
-}
-
-TEST_F(ConversionSettingsTest, LengthsAreCutToThousandthsWithinTheirRange) {
-    const struct {
-        const WCHAR* name;
-        double ConversionSettings::*field;
-        double points;
-        std::uint32_t stored;
-    } kCases[] = {
-        {TEXT("PageWidth2"), &ConversionSettings::PageWidth, 612.0009, 612000},
-        {TEXT("PageHeight2"), &ConversionSettings::PageHeight, 4294967.2959, 0xFFFFFFFF},
-        {TEXT("MarginTop2"), &ConversionSettings::MarginTop, 0.0019999, 1},
-        {TEXT("MarginBottom2"), &ConversionSettings::MarginBottom, -3, 0},
-        {TEXT("MarginLeft2"), &ConversionSettings::MarginLeft, 1e300, 0xFFFFFFFF},
-        {TEXT("MarginRight2"), &ConversionSettings::MarginRight,
-         std::numeric_limits<double>::quiet_NaN(), 0},
+    // Cut on saving, within what a value can hold.
+    constexpr std::pair<double, std::uint32_t> kLengths[] = {
+        {612.0009, 612000},  {4294967.2959, 0xFFFFFFFF},
+        {0.0019999, 1},      {-3, 0},
+        {1e300, 0xFFFFFFFF}, {std::numeric_limits<double>::quiet_NaN(), 0},
     };
-    ConversionSettings settings(kKey);
-    for (const auto& c : kCases) settings.*c.field = c.points;
-    ASSERT_EQ(settings.Save(), S_OK);
-    for (const auto& c : kCases) EXPECT_EQ(Stored(c.name), Dword(c.stored)) << c.points;
-}
+    for (const auto& [points, stored] : kLengths) {
+        settings_.MarginLeft = points;
+        ASSERT_EQ(settings_.Save(), S_OK);
+        EXPECT_EQ(Stored(TEXT("MarginLeft2")), Dword(stored)) << points;
+    }
 
-TEST_F(ConversionSettingsTest, ARecordWithoutAKeyTouchesNoRegistry) {
-    for (const WCHAR* path : {static_cast<const WCHAR*>(nullptr), TEXT("")}) {
-        ConversionSettings settings(path);
-        EXPECT_TRUE(settings.KeyPath.IsEmpty());
-        settings.LoadDelay = 7;
-        ASSERT_EQ(settings.Save(), S_OK);
-        ASSERT_EQ(settings.Load(), S_OK);
-        EXPECT_EQ(settings.LoadDelay, 7u);
-        DWORD size = 0;
-        EXPECT_EQ(RegQueryValueExW(HKEY_CURRENT_USER, TEXT("LoadDelay"), nullptr, nullptr, nullptr,
-                                   &size),
-                  ERROR_FILE_NOT_FOUND);
+    constexpr std::uint32_t kVersions[][2] = {{0, 0},        {15, 15},      {16, 0x10000},
+                                              {20, 0x10004}, {23, 0x10007}, {24, 24}};
+    for (const auto& [stored, loaded] : kVersions) {
+        Store(TEXT("PDFSpecification"), Dword(stored));
+        ASSERT_EQ(settings_.Load(), S_OK);
+        EXPECT_EQ(settings_.PDFSpecification, loaded);
+        EXPECT_EQ(Stored(TEXT("PDFSpecification")), Dword(stored));
+    }
+    // Without a key, or without the name of one, nothing changes and nothing is written.
+    for (const WCHAR* path : {TEXT("Software\\No such key"), TEXT(""), LPCWSTR{}}) {
+        Record bare(path);
+        bare.PDFSpecification = 20;
+        ASSERT_EQ(bare.Load(), S_OK);
+        EXPECT_EQ(bare.PDFSpecification, 20u);
+        EXPECT_EQ(bare.Save(), S_OK);
     }
 }
 
-TEST_F(ConversionSettingsTest, ARecordThatIsNotWholeIsNeitherLoadedNorSaved) {
-    Store(TEXT("LoadDelay"), Dword(9));
-    Store(TEXT("PageWidth"), Dword(6120));
-    const auto failures = test_support::FailEachAllocation([&](const auto& hasFailed) {
-        ConversionSettings settings(kKey);
-        EXPECT_EQ(settings.PDFSpecification, 0x10004u);
-        if (settings.Security && settings.RunApp) return;
-        EXPECT_TRUE(hasFailed());
-        EXPECT_EQ(settings.Load(), E_FAIL);
-        EXPECT_EQ(settings.Save(), E_FAIL);
-        EXPECT_EQ(settings.LoadDelay, 500u);
-    });
-    EXPECT_GT(failures, 3u);  // Two records and two texts.
-    EXPECT_EQ(Stored(TEXT("LoadDelay")), Dword(9));
-    EXPECT_EQ(Stored(TEXT("PageWidth")), Dword(6120));
-}
-
-TEST_F(ConversionSettingsTest, LoadingTellsOfTextsThatMemoryDoesNotSufficeFor) {
+TEST_F(ConversionSettingsTest, LackOfMemoryNeverPassesForSettingsThatWereNotSaved) {
     Store(TEXT("RunPDFPath"), Text(TEXT("C:\\app.exe")));
-    Store(TEXT("secUserPassword"), Ascii("YQBiAA=="));
+    Store(TEXT("secUserPassword"), {REG_BINARY, "YQBiAA=="});
     Store(TEXT("sec128EncryptMeta"), Dword(0));
-    int lost = 0;
     const auto failures = test_support::FailEachAllocation([&](const auto& hasFailed) {
-        ConversionSettings settings(kKey);
-        if (hasFailed()) return;
+        Record settings(kKey);
+        const bool isWhole = settings.Security && settings.RunApp;
+        const bool wasMade = !hasFailed();
         const HRESULT loaded = settings.Load();
-        EXPECT_EQ(loaded, hasFailed() ? E_OUTOFMEMORY : S_OK);
-        EXPECT_FALSE(settings.Security->EncryptMetadata128) << "the rest was not loaded";
-        if (hasFailed()) ++lost;
-        EXPECT_TRUE(hasFailed() || settings.Security->UserPassword == TEXT("ab"));
+        EXPECT_EQ(loaded, !isWhole ? E_FAIL : wasMade && hasFailed() ? E_OUTOFMEMORY : S_OK);
+        EXPECT_TRUE(isWhole || settings.Save() == E_FAIL);
+        const bool goesOn = settings.Security && !settings.Security->EncryptMetadata128;
+        EXPECT_EQ(goesOn, isWhole) << "what does not fit keeps the rest from being loaded";
+        EXPECT_TRUE(loaded != S_OK || settings.Security->UserPassword == TEXT("ab"));
     });
-    EXPECT_GE(lost, 3);  // A path, a password and its text.
-    EXPECT_GT(failures, 6u);
+    EXPECT_GT(failures, 6u);  // Two records and two texts, then a path, a password and its text.
+    EXPECT_EQ(Stored(TEXT("LoadDelay")), StoredValue{}) << "saved without a record";
 }
 
-TEST_F(ConversionSettingsTest, RefusedKeysAndWritesArePassedOver) {
+TEST_F(ConversionSettingsTest, RefusedWritesArePassedOver) {
     if (!platform::testing::kOwnsTheSystem) GTEST_SKIP() << "nothing can be made to fail here";
-    ConversionSettings settings(kKey);
-    {
-        platform::testing::InjectedFault fault("RegCreateKeyExW", 1, ERROR_ACCESS_DENIED);
-        EXPECT_EQ(settings.Save(), S_OK);
+    for (const char* call : {"RegCreateKeyExW", "RegSetValueExW"}) {
+        const platform::testing::InjectedFault fault(call, 1, ERROR_DISK_FULL);
+        EXPECT_EQ(settings_.Save(), S_OK);
         EXPECT_TRUE(fault.HasFired());
+        EXPECT_EQ(Stored(TEXT("WebPageTargetWidth")), StoredValue{});
     }
-    {
-        platform::testing::InjectedFault fault("RegSetValueExW", 2, ERROR_DISK_FULL);
-        EXPECT_EQ(settings.Save(), S_OK);
-        EXPECT_TRUE(fault.HasFired());
-    }
-    EXPECT_EQ(Stored(TEXT("WebPageTargetWidth")), Dword(1280));
-    EXPECT_EQ(Stored(TEXT("LoadDelay")), StoredValue{});
     EXPECT_EQ(Stored(TEXT("sec128EncryptMeta")), Dword(1));
-    {
-        platform::testing::InjectedFault fault("RegOpenKeyExW", 1, ERROR_ACCESS_DENIED);
-        settings.LoadDelay = 3;
-        EXPECT_EQ(settings.Load(), S_OK);
-        EXPECT_TRUE(fault.HasFired());
+}
+
+TEST_F(ConversionSettingsTest, TextsAreReadOnlyWhenTheyAreWholeTexts) {
+    for (const auto& row : test_support::ReadCases(SETTINGS_CASES "stored_texts.tsv", 4)) {
+        SCOPED_TRACE(ToUtf8(row[0]));
+        // Not from a copy of just these bytes: Windows looks behind them for a terminator.
+        const auto* const bytes = reinterpret_cast<const BYTE*>(row[2].c_str());
+        RegSetValueExW(key_.Get(), TEXT("v"), 0, Number(row[0]), bytes, Number(row[1]));
+        AUX::WString text;
+        ASSERT_TRUE(text.Assign(TEXT("before")));
+        EXPECT_TRUE(ReadStringValue(key_.Get(), TEXT("v"), text));
+        EXPECT_EQ(text, row[3].c_str());
     }
-    EXPECT_EQ(settings.LoadDelay, 3u);
+}
+
+void ExpectLine(const Record& settings, const char* expected, const WCHAR* first = TEXT(""),
+                const WCHAR* second = TEXT("")) {
+    AUX::WString line;
+    ASSERT_TRUE(line.Assign(TEXT("what stood here before")));
+    settings.BuildCommandLine(first, second, line);
+    EXPECT_EQ(Shown(line), expected);
+}
+
+TEST(BuildCommandLine, HasEveryPieceInItsPlace) {
+    Record settings(nullptr);
+    settings.WebPageTargetHeight = 2000;
+    ASSERT_TRUE(settings.SharedDataName.Assign(TEXT("QVD:IEP:HTMLData")));
+    ExpectLine(settings,
+               R"("" "" \b \h \r \iw 1280 \ih 2000 \ld 500 \is 65540 \ic 1 \pw 5953 \ph 8419 )"
+               R"(\mt 0 \mb 0 \ml 0 \mr 0 \sm QVD:IEP:HTMLData )");
+    settings.LandscapeOrientation = true;
+    settings.GenerateLinks = false;
+    // Wins over the shared name.
+    ASSERT_TRUE(settings.StorageFile.Assign(TEXT("C:\\Temp\\qvdstg_34bf15.bin")));
+    ExpectLine(settings,
+               R"("" "" \l \b \r \iw 1280 \ih 2000 \ld 500 \is 65540 \ic 1 \pw 5953 \ph 8419 )"
+               R"(\mt 0 \mb 0 \ml 0 \mr 0 \bp C:\Temp\qvdstg_34bf15.bin )");
+
+    // Numbers are the low 32 bits read as signed ones, lengths in tenths, cut and not rounded.
+    settings.GenerateLinks = settings.HiddenRun = true;
+    settings.WebPageTargetWidth = 0x7FFFFFFF;
+    settings.WebPageTargetHeight = 0x80000000;
+    settings.LoadDelay = 0xFFFFFFFF;
+    settings.PageWidth = 429496729.5;   // The largest that the registry can hold, in tenths.
+    settings.PageHeight = 429496729.7;  // One tenth beyond 32 bits.
+    settings.MarginTop = 14.17;
+    settings.MarginBottom = -0.19;
+    settings.MarginLeft = std::numeric_limits<double>::quiet_NaN();
+    settings.MarginRight = std::numeric_limits<double>::infinity();
+    ASSERT_TRUE(settings.StorageFile.Assign(TEXT("C:\\My Temp\\q.bin")) &&
+                settings.CeArgument.Assign(TEXT("a \"b\"")));
+    ExpectLine(settings,
+               R"("one" "two "2"" \l \b \h \r \hi \iw 2147483647 \ih -2147483648 \ld -1 \is 65540 )"
+               R"(\ic 1 \pw -1 \ph 1 \mt 141 \mb -1 \ml 0 \mr 0 \bp C:\My Temp\q.bin \ce a "b" )",
+               TEXT("one"), TEXT("two \"2\""));
+
+    // Fresh again, with all that belonged to the job; every flag off.
+    settings.ResetToDefaults();
+    settings.UseWebPageBackgroundColor = settings.GenerateLinks = settings.RunPDFApp = false;
+    ExpectLine(settings, R"("" "" \iw 1280 \ih 800 \ld 500 \is 65540 \ic 1 \pw 5953 \ph 8419 )"
+                         R"(\mt 0 \mb 0 \ml 0 \mr 0 )");
+}
+
+std::string Encoded(const WideString& password) {
+    AUX::AString text;
+    EXPECT_TRUE(EncodePasswordText(AUX::WStringView(password), text));
+    EXPECT_EQ(EncodedPasswordSize(static_cast<std::uint32_t>(password.size())), text.Length());
+    return {text.Text(), text.Length()};
+}
+
+void ExpectDecoded(const std::string& text, const WideString& expected,
+                   AUX::Status status = AUX::kStatusOk) {
+    AUX::WString password;
+    ASSERT_TRUE(password.Assign(TEXT("left from before")));
+    EXPECT_EQ(DecodePasswordText(AUX::AStringView(text), password), status);
+    EXPECT_EQ(WideString(AUX::WStringView(password)), expected);
+}
+
+TEST(PasswordText, IsWrittenAndReadToTheByte) {
+    for (const auto& row : test_support::ReadCases(SETTINGS_CASES "password_text.tsv", 3)) {
+        SCOPED_TRACE(ToUtf8(row[1]));
+        const bool isRefused = row[0] == TEXT("X");
+        EXPECT_TRUE(row[0] != TEXT("W") || Encoded(row[2]) == ToUtf8(row[1]));
+        ExpectDecoded(ToUtf8(row[1]), row[2],
+                      isRefused ? AUX::kStatusInvalidArgument : AUX::kStatusOk);
+    }
+    std::mt19937 random(20110407);
+    for (std::size_t length = 0; length < 130; ++length) {
+        WideString password(length, 0);
+        for (WCHAR& unit : password) unit = static_cast<WCHAR>(random());
+        SCOPED_TRACE(length);
+        ExpectDecoded(Encoded(password), password);
+    }
+}
+
+TEST(WipeText, OverwritesTheWholeBlock) {
+    AUX::WString text;
+    ASSERT_TRUE(text.Append(TEXT("a long secret")));
+    ASSERT_TRUE(text.SetLength(4));  // The rest still lies behind the end.
+    const std::uint32_t capacity = text.Capacity();
+    WipeText(text);
+    EXPECT_TRUE(text.IsEmpty());
+    ASSERT_EQ(text.Capacity(), capacity);
+    for (std::uint32_t i = 0; i < 14; ++i) EXPECT_EQ(text.Data()[i], 0) << i;
 }
 
 }  // namespace
