@@ -45,6 +45,14 @@ WideString TestProfile::Path(platform::WideView name) const {
     return WideString(folder_).append(name);
 }
 
+std::filesystem::path LocalPath(WideString path) {
+    if (platform::testing::kOwnsTheSystem) {
+        path.erase(0, 2);  // The drive; the profile lies on Z:.
+        std::replace(path.begin(), path.end(), TEXT('\\'), TEXT('/'));
+    }
+    return path;
+}
+
 bool WriteWholeFile(const WideString& path, const std::string& content) {
     const FileHandle file(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                                       FILE_ATTRIBUTE_NORMAL, nullptr));

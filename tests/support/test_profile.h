@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,8 @@ private:
     platform::WideString folder_;
 };
 
+/// A path of the profile as this machine writes it.
+std::filesystem::path LocalPath(platform::WideString path);
 /// Makes or replaces a file; false on failure.
 bool WriteWholeFile(const platform::WideString& path, const std::string& content);
 /// The content of a file; empty if it cannot be read.
