@@ -10,7 +10,6 @@
 #include "platform/testing.h"
 #include "settings/conversion_settings.h"
 #include "tests/end_to_end/host_test.h"
-#include "tests/end_to_end/processes.h"
 
 namespace end_to_end {
 namespace {
@@ -105,17 +104,12 @@ TEST_F(FailureTest, AHostWaitsForItsTurnAndAKilledOneGivesItUp) {
 }
 
 TEST_F(FailureTest, TellsHowTheConverterEnded) {
-    struct EndCase {
-        const char* result;
-        int code;
-        const char* says;
-    };
-    constexpr EndCase kCases[] = {{"7", 5, "code 7"}, {"abort", 5, "killed by signal 6"}};
-    for (const EndCase& c : kCases) {
-        SetEnvironment("QUVADA_RECORD_RESULT", c.result);
+    using End = std::pair<const char*, const char*>;
+    for (const auto& [result, says] : {End{"7", "code 7"}, End{"abort", "killed by signal 6"}}) {
+        SetEnvironment("QUVADA_RECORD_RESULT", result);
         const Finished host = Record();
-        EXPECT_EQ(host.code, c.code);
-        EXPECT_NE(host.output.find(c.says), std::string::npos) << host.output;
+        EXPECT_EQ(host.code, 5);
+        EXPECT_NE(host.output.find(says), std::string::npos) << host.output;
     }
     SetEnvironment("QUVADA_RECORD_WAIT", release_.c_str());
     EXPECT_EQ(Record({"--timeout", "1"}).code, 6);
@@ -123,26 +117,50 @@ TEST_F(FailureTest, TellsHowTheConverterEnded) {
 }
 
 TEST_F(FailureTest, TwoJobsAtOnceGiveTwoPdfs) {
-    // Pages that load at once, so that both buttons are pressed at the same time.
-    for (int round = 0; round < 3; ++round) {
-        const auto arguments = [this](const std::string& name) -> std::vector<std::string> {
-            return {WritePage(name + ".html", "<title>Page</title><p>Number " + name),
-                    "--backend",
-                    "text",
-                    "--wait",
-                    "--output",
-                    Utf8(folder_ / (name + ".pdf"))};
+    // Pages that load at once, so that both buttons are pressed at the same time; and two browsers
+    // on one profile.
+    for (const char* backend : {"text", "text", "chromium"}) {
+        const auto start = [&](const std::string& name) {
+            return std::make_unique<Process>(
+                Host(Programs()),
+                std::vector{WritePage(name + ".html", "<title>Page</title><p>Number " + name),
+                            std::string("--backend"), std::string(backend), std::string("--wait"),
+                            std::string("--output"), Utf8(folder_ / (name + ".pdf"))});
         };
-        Process one(Host(Programs()), arguments("one"));
-        Process two(Host(Programs()), arguments("two"));
-        EXPECT_EQ(one.Wait().code, 0) << one.Output();
-        EXPECT_EQ(two.Wait().code, 0) << two.Output();
+        const auto one = start("one");
+        const auto two = start("two");
+        EXPECT_EQ(one->Wait().code, 0) << one->Output();
+        EXPECT_EQ(two->Wait().code, 0) << two->Output();
         for (const std::string name : {"one", "two"}) {
-            const Finished text = RunProgram("pdftotext", {Utf8(folder_ / (name + ".pdf")), "-"});
+            const std::filesystem::path pdf = folder_ / (name + ".pdf");
+            const Finished text = RunProgram("pdftotext", {Utf8(pdf), "-"});
             EXPECT_NE(text.output.find("Number " + name), std::string::npos) << text.output;
+            std::filesystem::remove(pdf);
         }
         EXPECT_TRUE(std::filesystem::is_empty(temp_));
     }
+}
+
+TEST_F(FailureTest, AsksForTheFileOnTheTerminal) {
+    std::ofstream(pdf_) << "taken";
+    const std::string page = WritePage("page.html", "<title>A page</title>");
+    const auto answer = [&](const std::string& lines) {
+        std::ofstream(folder_ / "answers") << lines;
+        const std::string host = Utf8(Host(Programs())) + " --wait --backend text " + page;
+        return RunProgram("sh", {"-c", "script -qec '" + host + "' /dev/null < '" +
+                                           Utf8(folder_ / "answers") + "'"});
+    };
+    const std::string taken = Utf8(pdf_).substr(0, Utf8(pdf_).size() - 4);
+    Finished host = answer(Utf8(folder_ / "no" / "x.pdf") + "\n/\n" + taken + "\nn\n");
+    EXPECT_EQ(host.code, 1) << host.output;
+    for (const char* part : {"\\A page.pdf]: ", "There is no folder", "That is no file name.",
+                             "out.pdf exists. Replace it? [y/N] ", "cancelled"}) {
+        EXPECT_NE(host.output.find(part), std::string::npos) << part << host.output;
+    }
+    EXPECT_EQ(ReadFile(pdf_), "taken");
+    host = answer(taken + "\ny\n");
+    EXPECT_EQ(host.code, 0) << host.output;
+    EXPECT_TRUE(ReadFile(pdf_).starts_with("%PDF-"));
 }
 
 TEST_F(FailureTest, ACorruptRegistryIsToldAndLeftAsItIs) {

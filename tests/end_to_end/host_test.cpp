@@ -1,6 +1,5 @@
 #include "tests/end_to_end/host_test.h"
 
-#include <algorithm>
 #include <chrono>
 #include <fstream>
 #include <sstream>
@@ -10,20 +9,9 @@
 #include "platform/testing.h"
 
 namespace end_to_end {
-namespace {
 
 using platform::testing::SetEnvironment;
-
-/// A folder of the test's profile as this machine writes it.
-std::filesystem::path LocalPath(platform::WideString path) {
-    if (platform::testing::kOwnsTheSystem) {
-        path.erase(0, 2);  // The drive; the profile lies on Z:.
-        std::replace(path.begin(), path.end(), TEXT('\\'), TEXT('/'));
-    }
-    return host::PathFromUtf8(platform::ToUtf8(path));
-}
-
-}  // namespace
+using test_support::LocalPath;
 
 HostTest::HostTest()
     : folder_(LocalPath(profile_.Folder())),

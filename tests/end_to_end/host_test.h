@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/end_to_end/programs.h"
+#include "tests/end_to_end/processes.h"
 #include "tests/support/test_profile.h"
 
 namespace end_to_end {

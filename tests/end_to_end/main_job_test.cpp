@@ -2,14 +2,16 @@
 // tools.
 
 #include <cstdio>
+#include <fstream>
 
 #include "platform/testing.h"
 #include "settings/conversion_settings.h"
 #include "tests/end_to_end/host_test.h"
-#include "tests/end_to_end/processes.h"
 
 namespace end_to_end {
 namespace {
+
+using platform::testing::SetEnvironment;
 
 constexpr char kPage[] = "<title>One</title><p>First text.";
 
@@ -125,10 +127,22 @@ TEST_F(MainJobTest, ProtectsThePdfAsTheSettingsSay) {
     }
 }
 
-TEST_F(MainJobTest, AsksForTheFileInProtectedModeAndRemovesTheJob) {
+TEST_F(MainJobTest, AsksForTheFileInProtectedModeRemovesTheJobAndOpensThePdf) {
+    // What a desktop opens files with.
+    const std::filesystem::path opener = folder_ / "xdg-open";
+    std::ofstream(opener) << "#!/bin/sh\nprintf %s \"$1\" > \"$0.got\"\n";
+    std::filesystem::permissions(opener, std::filesystem::perms::owner_all);
+    const std::string path = std::getenv("PATH");
+    const std::string withOpener = Utf8(folder_) + ":" + path;
+    SetEnvironment("PATH", withOpener.c_str());
+    SetEnvironment("DISPLAY", ":none");
+    SetEnvironment("QUVADA_NO_OPEN", nullptr);
     const Finished host = Convert(WritePage("one.html", kPage), {"--protected"});
+    SetEnvironment("PATH", path.c_str());
+    SetEnvironment("DISPLAY", nullptr);
     ASSERT_EQ(host.code, 0) << host.output;
     EXPECT_NE(PdfText().find("First text."), std::string::npos);
+    EXPECT_TRUE(Eventually([&] { return ReadFile(opener.string() + ".got") == Utf8(pdf_); }));
 }
 
 TEST_F(MainJobTest, TellsWhyThereIsNoPage) {
@@ -142,12 +156,12 @@ TEST_F(MainJobTest, TellsWhyThereIsNoPage) {
     for (const PageCase& c : cases) {
         SCOPED_TRACE(c.page);
         const bool noBrowser = *c.says == '/';
-        platform::testing::SetEnvironment("QUVADA_CHROMIUM", noBrowser ? c.says : nullptr);
+        SetEnvironment("QUVADA_CHROMIUM", noBrowser ? c.says : nullptr);
         const Finished host = Convert(c.page);
         EXPECT_EQ(host.code, 3);
         EXPECT_NE(host.output.find(c.says), std::string::npos) << host.output;
     }
-    platform::testing::SetEnvironment("QUVADA_CHROMIUM", nullptr);
+    SetEnvironment("QUVADA_CHROMIUM", nullptr);
     EXPECT_FALSE(std::filesystem::exists(pdf_));
 }
 

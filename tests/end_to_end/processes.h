@@ -1,11 +1,22 @@
 #pragma once
 
-#include "tests/end_to_end/programs.h"
+#include <filesystem>
+#include <string>
+#include <vector>
 
 namespace end_to_end {
 
-/// A program that runs beside the test, started like one of RunProgram. Killed at the end of this
-/// object, if it still runs.
+struct Finished {
+    int code = -1;       // the exit code, natively 128 + the signal for a killed program
+    std::string output;  // of both outputs
+};
+
+/// Runs a program to its end, a minute at most; it inherits the test's environment. Arguments are
+/// UTF-8, without the program's name. The code is -1 if it cannot be started or does not end.
+Finished RunProgram(const std::filesystem::path& path, const std::vector<std::string>& arguments);
+
+/// A program that runs beside the test, natively only. Killed at the end of this object, if it
+/// still runs.
 class Process {
 public:
     Process(const std::filesystem::path& path, const std::vector<std::string>& arguments);
@@ -26,7 +37,7 @@ private:
     int output_ = -1;  // our end of the pipe; does not block
 };
 
-/// The command lines of all running processes that name `text`.
+/// The command lines of all running processes that name `text`. Natively only.
 std::vector<std::string> ProcessesNaming(const std::string& text);
 
 }  // namespace end_to_end

@@ -1,5 +1,3 @@
-#include "tests/end_to_end/processes.h"
-
 #include <csignal>
 #include <fcntl.h>
 #include <spawn.h>
@@ -7,6 +5,7 @@
 #include <unistd.h>
 
 #include "tests/end_to_end/host_test.h"
+#include "tests/end_to_end/processes.h"
 
 namespace end_to_end {
 
