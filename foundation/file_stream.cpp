@@ -24,14 +24,16 @@ FileStore* FileStream::GetStore() noexcept {
     return File();
 }
 
-Status FileStream::ReleaseMapping() noexcept { return store ? File()->CloseMapping() : kStatusOk; }
+Status FileStream::ReleaseMapping() noexcept {
+    return IsOpen() ? File()->CloseMapping() : kStatusNotInitialized;
+}
 
-std::uint32_t FileStream::GetAccess() const noexcept { return store ? File()->access : 0; }
+std::uint32_t FileStream::GetAccess() const noexcept { return IsOpen() ? File()->access : 0; }
 
 StreamType FileStream::GetStreamType() const noexcept { return StreamType::File; }
 
 Status FileStream::NeedAccess(std::uint32_t access) const noexcept {
-    return (GetAccess() & access) == access ? kStatusOk : kStatusInvalidAccessMode;
+    return (File()->access & access) == access ? kStatusOk : kStatusInvalidAccessMode;
 }
 
 Status FileStream::Open(const WCHAR* path, DWORD disposition, std::uint32_t access, DWORD share,

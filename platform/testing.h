@@ -74,21 +74,29 @@ private:
     std::unique_ptr<State> state_;
 };
 
-/// Makes one call of the platform fail while it lives, on any thread. One at a time. Without effect
-/// where kOwnsTheSystem is false.
+/// Makes calls of the platform fail while it lives, on any thread. Several may live at a time.
+/// Without effect where kOwnsTheSystem is false.
 class InjectedFault {
 public:
     /// \param call   The name, such as "WriteFile"; "*" counts all calls that can be made to fail.
-    ///               Borrowed.
+    ///               Borrowed. A "Sleep" that fails returns at once.
     /// \param nth    1 is the next such call.
     /// \param error  What GetLastError gives then, or the call's own result code.
-    InjectedFault(const char* call, unsigned nth, DWORD error);
+    /// \param count  How many calls fail, from that one on.
+    InjectedFault(const char* call, unsigned nth, DWORD error, unsigned count = 1);
     ~InjectedFault();
     InjectedFault(const InjectedFault&) = delete;
     InjectedFault& operator=(const InjectedFault&) = delete;
 
     /// Whether the call was reached: a walk over all calls ends with the first fault that was not.
-    [[nodiscard]] bool HasFired() const;
+    [[nodiscard]] bool HasFired() const { return Times() > 0; }
+    /// The calls that failed.
+    [[nodiscard]] unsigned Times() const;
+
+    struct State;
+
+private:
+    std::unique_ptr<State> state_;
 };
 
 /// Holds the system's clock at a time in UTC while it lives. Without effect where kOwnsTheSystem is

@@ -68,9 +68,10 @@ KernelHandle FindChild() {
 }  // namespace
 
 // The operating system is not ours: nothing to make fail, to hold or to set.
-InjectedFault::InjectedFault(const char*, unsigned, DWORD) {}
+struct InjectedFault::State {};
+InjectedFault::InjectedFault(const char*, unsigned, DWORD, unsigned) {}
 InjectedFault::~InjectedFault() = default;
-bool InjectedFault::HasFired() const { return false; }
+unsigned InjectedFault::Times() const { return 0; }
 HeldClock::HeldClock(const SYSTEMTIME&) {}
 HeldClock::~HeldClock() = default;
 void SetIntegrityLevel(DWORD) {}

@@ -83,6 +83,7 @@ DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds) noexcept {
 }
 
 void Sleep(DWORD milliseconds) noexcept {
+    if (platform::InjectFault("Sleep")) return;
     std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }
 
