@@ -84,27 +84,27 @@ bool PutCut(const char* bytes, std::size_t size, char*& out, char* limit) noexce
     return fits == size;
 }
 
-// Writes one block, of any sort, and moves `text` on by it or by one unit more: a pair may begin
-// with the block's last unit.
+// Writes what it can of one block, a unit or a pair at least, and moves `text` on by that.
 char* WriteBlock(const WCHAR*& text, const WCHAR* end, char* out) noexcept {
     const utf8::Block block(text);
-    const WCHAR* const stop = text + utf8::kBlockUnits;
-    if (block.IsAscii()) {
-        out = block.PutAscii(out);
-    } else if (block.IsShort()) {
-        out = block.PutShort(out);
-    } else if (block.IsThreeByte()) {
-        out = block.PutThreeByte(out);
-    } else {
-        while (text < stop) out = EncodeOne(text, end, out);
-        return out;
+    // Whole blocks first: the processor runs ahead where the step is a constant.
+    if (block.IsShort()) {
+        text += utf8::kBlockUnits;
+        return block.IsAscii() ? block.PutAscii(out, utf8::kBlockUnits) : block.PutShort(out);
     }
-    text = stop;
-    return out;
+    const std::ptrdiff_t threeByte = block.ThreeByteRun();
+    if (threeByte == utf8::kBlockUnits) {
+        text += utf8::kBlockUnits;
+        return block.PutThreeByte(out, utf8::kBlockUnits);
+    }
+    const std::ptrdiff_t ascii = block.AsciiRun();
+    if (threeByte + ascii == 0) return EncodeOne(text, end, out);
+    text += threeByte + ascii;  // One of them is 0.
+    return threeByte ? block.PutThreeByte(out, threeByte) : block.PutAscii(out, ascii);
 }
 
 // Writes whole blocks while there is room for whatever they become; moves `text` on. What it writes
-// behind its end, a few bytes, the rest of the text overwrites: a block's worth at least.
+// behind its end the rest of the text overwrites: each block is followed by another one's units.
 char* WriteBlocks(const WCHAR*& text, const WCHAR* end, char* out, const char* limit) noexcept {
     constexpr std::ptrdiff_t kBlockRoom = utf8::kBlockUnits * 4;
     constexpr std::ptrdiff_t kRunRoom = utf8::kRunUnits * 4;

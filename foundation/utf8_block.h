@@ -16,7 +16,7 @@ static_assert(std::endian::native == std::endian::little, "first byte is the low
 inline constexpr std::ptrdiff_t kBlockUnits = 8;
 inline constexpr std::ptrdiff_t kRunUnits = 32;
 
-/// What a block's Put may write, in bytes, from `out` on; it then counts 24 at most.
+/// What a block's Put may write, in bytes, from `out` on.
 inline constexpr std::ptrdiff_t kBlockReach = 26;
 
 inline __m128i LoadUnits(const WCHAR* text) noexcept {
@@ -38,35 +38,40 @@ inline bool PutAsciiRun(const WCHAR* text, char* out) noexcept {
     return true;
 }
 
-/// kBlockUnits units. Put..., for a block that is of that sort, writes its bytes, and perhaps some
-/// more behind them, and gives the end of its own.
+/// kBlockUnits units. Put... writes the bytes of units of that sort and gives their end. It may
+/// write more behind that, though no more than the block and as many units behind it make.
 class Block {
 public:
     explicit Block(const WCHAR* text) noexcept
         : units_(LoadUnits(text)),
           ascii_(_mm_cmpeq_epi16(_mm_srli_epi16(units_, 7), _mm_setzero_si128())) {}
 
-    [[nodiscard]] bool IsAscii() const noexcept { return _mm_movemask_epi8(ascii_) == 0xFFFF; }
-    char* PutAscii(char* out) const noexcept {
+    [[nodiscard]] bool IsAscii() const noexcept { return IsAll(ascii_); }
+
+    /// Units at the block's beginning that are ASCII, and what writes so many of them.
+    [[nodiscard]] std::ptrdiff_t AsciiRun() const noexcept { return RunOf(ascii_); }
+    char* PutAscii(char* out, std::ptrdiff_t units) const noexcept {
         Store8(out, _mm_packus_epi16(units_, units_));
-        return out + 8;
+        return out + units;
     }
 
-    /// Whether no unit takes more than two bytes.
-    [[nodiscard]] bool IsShort() const noexcept { return _mm_movemask_epi8(Short()) == 0xFFFF; }
+    /// Units at the beginning that take three bytes and are no surrogates, and what writes them.
+    [[nodiscard]] std::ptrdiff_t ThreeByteRun() const noexcept {
+        const __m128i others = _mm_or_si128(Short(), Surrogates());
+        return RunOf(_mm_cmpeq_epi16(others, _mm_setzero_si128()));
+    }
+    char* PutThreeByte(char* out, std::ptrdiff_t units) const noexcept {
+        PutFour(_mm_unpacklo_epi16(units_, _mm_setzero_si128()), out);
+        if (units > 4) PutFour(_mm_unpackhi_epi16(units_, _mm_setzero_si128()), out + 12);
+        return out + 3 * units;
+    }
+
+    /// Whether no unit takes more than two bytes, and what writes the whole block then.
+    [[nodiscard]] bool IsShort() const noexcept { return IsAll(Short()); }
     char* PutShort(char* out) const noexcept;
 
-    /// Whether each unit takes three bytes and none is a surrogate.
-    [[nodiscard]] bool IsThreeByte() const noexcept {
-        return _mm_movemask_epi8(_mm_or_si128(Short(), Surrogates())) == 0;
-    }
     [[nodiscard]] bool HasSurrogate() const noexcept {
         return _mm_movemask_epi8(Surrogates()) != 0;
-    }
-    char* PutThreeByte(char* out) const noexcept {
-        PutFour(_mm_unpacklo_epi16(units_, _mm_setzero_si128()), out);
-        PutFour(_mm_unpackhi_epi16(units_, _mm_setzero_si128()), out + 12);
-        return out + 24;
     }
 
 private:
@@ -81,6 +86,12 @@ private:
         return _mm_cmpeq_epi16(_mm_srli_epi16(units_, 11), _mm_set1_epi16(kRange));
     }
 
+    static bool IsAll(__m128i mask) noexcept { return _mm_movemask_epi8(mask) == 0xFFFF; }
+
+    // Units at the beginning whose bits in the mask are set, two in each result of the processor's.
+    static std::ptrdiff_t RunOf(__m128i mask) noexcept {
+        return std::countr_one(static_cast<unsigned>(_mm_movemask_epi8(mask))) / 2;
+    }
     static void Store8(char* out, __m128i bytes) noexcept {
         _mm_storel_epi64(reinterpret_cast<__m128i*>(out), bytes);
     }
