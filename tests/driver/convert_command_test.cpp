@@ -79,10 +79,10 @@ TEST_F(ConvertCommandTest, ACancelledDialogComesAfterLoadingAndBeforeEverythingE
     EXPECT_EQ(settings_.WebPageTargetHeight, 77u);
     EXPECT_EQ(ReadShared(1), "") << "the last job's block is still open";
     EXPECT_TRUE(messages_.Shown().empty());
-    ASSERT_EQ(dialog.Asked().size(), 1u);
-    EXPECT_EQ(dialog.Asked()[0].suggestedName, TEXT("ABc d"));
-    EXPECT_EQ(dialog.Asked()[0].filter, WideString(TEXT("PDF Documents (*.pdf)\0*.pdf\0"), 28));
-    EXPECT_EQ(dialog.Asked()[0].flags & 0x880022, 0x880022u);
+    const auto asked = dialog.Asked().at(0);
+    EXPECT_EQ(asked.suggestedName, TEXT("ABc d"));
+    EXPECT_EQ(asked.filter, WideString(TEXT("PDF Documents (*.pdf)\0*.pdf\0"), 28));
+    EXPECT_EQ(asked.flags & 0x880022, 0x880022u);
     page_.onTitle = [] {};
     settings_.Security.Reset();
     EXPECT_EQ(Run(), 1);

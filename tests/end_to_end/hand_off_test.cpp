@@ -77,36 +77,30 @@ TEST_F(HandOffTest, ReachesTheConverterThroughAFileInProtectedModeAndLeavesItAlo
 TEST_F(HandOffTest, SaysWhyNothingIsConverted) {
     const std::filesystem::path programs = folder_ / "programs";
     std::filesystem::copy(RecordingPrograms(), programs, std::filesystem::copy_options::recursive);
-    struct EndCase {
+    const struct {
         const char* missing;  // removed from here on
         std::vector<std::string> options;
         int code;
         const char* says;
-    };
-    const EndCase cases[] = {
+    } cases[] = {
         {"", {"--selection"}, 1, "No selection"},
         {"", {"--nosuch"}, 2, "--nosuch"},
         {"", {"b.html"}, 2, "not expected"},
         {"programs/modules/ieframe.dll", {"--protected"}, 4, "ieframe.dll"},
-        {"programs/PageRenderApp.x86.exe",
-         {"--wait"},
-         1,
-         "PageRender application could not be found - please reinstall."},
+        {"programs/PageRenderApp.x86.exe", {"--wait"}, 1, "could not be found - please reinstall."},
         {"page one.html", {}, 3, "page one.html"},
         {"programs/QVDIEaddin.x64.dll", {}, 4, "QVDIEaddin.x64.dll"},
     };
-    for (const EndCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.says);
         if (*c.missing) std::filesystem::remove(folder_ / c.missing);
         const Finished host = Run(c.options, programs);
-        EXPECT_EQ(host.code, c.code);
-        EXPECT_NE(host.output.find(c.says), std::string::npos) << host.output;
+        ExpectEnd(host, c.code, c.says);
     }
     for (const std::filesystem::path& output : {folder_ / "missing" / "out.pdf", records_}) {
         const Finished host =
             RunProgram(Host(RecordingPrograms()), {page_, "--output", Utf8(output)});
-        EXPECT_EQ(host.code, 2);
-        EXPECT_NE(host.output.find(Utf8(output)), std::string::npos) << host.output;
+        ExpectEnd(host, 2, Utf8(output));
     }
     EXPECT_EQ(Recorded("command_line"), "");
     EXPECT_FALSE(std::filesystem::exists(pdf_));

@@ -50,6 +50,11 @@ std::string ReadFile(const std::filesystem::path& path) {
 
 std::string Utf8(const std::filesystem::path& path) { return host::PathToUtf8(path); }
 
+void ExpectEnd(const Finished& run, int code, const std::string& says) {
+    EXPECT_EQ(run.code, code) << run.output;
+    EXPECT_NE(run.output.find(says), std::string::npos) << run.output;
+}
+
 void Pause() { std::this_thread::sleep_for(std::chrono::milliseconds(5)); }
 
 }  // namespace end_to_end

@@ -1,11 +1,48 @@
 #pragma once
 
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <string>
+#include <vector>
 
-#include "tests/end_to_end/processes.h"
 #include "tests/support/test_profile.h"
 
 namespace end_to_end {
+
+struct Finished {
+    int code = -1;       // the exit code, natively 128 + the signal for a killed program
+    std::string output;  // of both outputs
+};
+
+/// Runs a program to its end, a minute at most; it inherits the test's environment. Arguments are
+/// UTF-8, without the program's name. The code is -1 if it does not end, and not 0 if it
+/// cannot be started.
+Finished RunProgram(const std::filesystem::path& path, const std::vector<std::string>& arguments);
+
+/// A program that runs beside the test, natively only. Killed at the end of this object, if it
+/// still runs.
+class Process {
+public:
+    Process(const std::filesystem::path& path, const std::vector<std::string>& arguments);
+    ~Process();
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
+    /// Waits for the end, a minute at most.
+    Finished Wait();
+    /// What it has written so far.
+    const std::string& Output();
+    /// Without a chance to tidy up, for SIGKILL. Of its children none ends.
+    void Signal(int number) const;
+
+private:
+    int process_ = -1;
+    std::string text_;
+    int output_ = -1;  // our end of the pipe; does not block
+};
+
+/// The command lines of all running processes that name `text`. Natively only.
+std::vector<std::string> ProcessesNaming(const std::string& text);
 
 /// The host as a program, in a profile of its own that its children inherit.
 class HostTest : public testing::Test {
@@ -34,6 +71,9 @@ protected:
 
 std::string ReadFile(const std::filesystem::path& path);
 std::string Utf8(const std::filesystem::path& path);
+
+/// The program ended with this code, and said this.
+void ExpectEnd(const Finished& run, int code, const std::string& says);
 
 /// Sleeps for the moment between two looks of Eventually.
 void Pause();

@@ -1,11 +1,9 @@
 #include <csignal>
 #include <fcntl.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "tests/end_to_end/host_test.h"
-#include "tests/end_to_end/processes.h"
 
 namespace end_to_end {
 
@@ -15,20 +13,19 @@ Process::Process(const std::filesystem::path& path, const std::vector<std::strin
     if (pipe2(ends, O_CLOEXEC) != 0) return;
     output_ = ends[0];
     fcntl(output_, F_SETFL, O_NONBLOCK);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, ends[1], STDERR_FILENO);
     std::vector<std::string> texts = arguments;
     texts.insert(texts.begin(), path.string());
     std::vector<char*> pointers;
     for (std::string& text : texts) pointers.push_back(text.data());
     pointers.push_back(nullptr);
-    if (posix_spawnp(&process_, path.c_str(), &actions, nullptr, pointers.data(), environ) != 0) {
-        process_ = -1;
+    process_ = fork();
+    if (process_ == 0) {
+        dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
+        dup2(ends[1], STDOUT_FILENO);
+        dup2(ends[1], STDERR_FILENO);
+        execvp(path.c_str(), pointers.data());
+        _exit(127);
     }
-    posix_spawn_file_actions_destroy(&actions);
     close(ends[1]);
 }
 

@@ -3,7 +3,7 @@
 
 #include "platform/handles.h"
 #include "platform/text.h"
-#include "tests/end_to_end/processes.h"
+#include "tests/end_to_end/host_test.h"
 
 namespace end_to_end {
 
