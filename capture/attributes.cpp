@@ -1,28 +1,40 @@
 #include "capture/attributes.h"
 
-#include <algorithm>
-
 #include "capture/characters.h"
+#include "capture/entities.h"
+#include "capture/search_kernels.h"
 
 namespace {
+
+const WCHAR* FindQuote(const WCHAR* at, const WCHAR* end, WCHAR quote) noexcept {
+    return FastestKernels().findUnit(at, end, quote);
+}
 
 // The place behind the name's first match outside quotes, or null.
 const WCHAR* FindName(const WCHAR* at, const WCHAR* end, const WCHAR* name,
                       std::size_t nameLength) noexcept {
+    const WCHAR first = ToLowerAscii(*name);
     std::size_t matched = 0;
-    while (static_cast<std::size_t>(end - at) >= nameLength - matched) {
-        if (IsQuote(*at)) {
-            at = std::find(at + 1, end, *at);
-            if (at == end) return nullptr;
-            matched = 0;
-        } else if (ToLowerAscii(*at) != ToLowerAscii(name[matched])) {
-            matched = 0;
-        } else if (++matched == nameLength) {
-            return at + 1;
+    WCHAR wanted = first;
+    for (; static_cast<std::size_t>(end - at) >= nameLength - matched; ++at) {
+        const WCHAR unit = *at;
+        if (ToLowerAscii(unit) == wanted) {
+            if (++matched == nameLength) return at + 1;
+            wanted = ToLowerAscii(name[matched]);
+            continue;
         }
-        ++at;
+        matched = 0;
+        wanted = first;
+        if (!IsQuote(unit)) continue;
+        at = FindQuote(at + 1, end, unit);
+        if (at == end) return nullptr;
     }
     return nullptr;
+}
+
+const WCHAR* SkipBlanks(const WCHAR* at, const WCHAR* end) noexcept {
+    while (at != end && IsBlank(*at)) ++at;
+    return at;
 }
 
 }  // namespace
@@ -32,13 +44,13 @@ std::optional<AUX::WStringView> FindAttribute(const WCHAR* begin, const WCHAR* e
     if (nameLength == 0) return std::nullopt;
     const WCHAR* at = FindName(begin, end, name, nameLength);
     if (!at) return std::nullopt;
-    at = std::find_if_not(at, end, IsBlank);
+    at = SkipBlanks(at, end);
     if (at == end || *at != TEXT('=')) return std::nullopt;
-    at = std::find_if_not(at + 1, end, IsBlank);
-    at = std::find_if(at, end, [](WCHAR unit) { return IsQuote(unit) || unit == TEXT('='); });
+    at = SkipBlanks(at + 1, end);
+    while (at != end && !IsQuote(*at) && *at != TEXT('=')) ++at;
     if (at == end || *at == TEXT('=')) return std::nullopt;
     const WCHAR* const start = at + 1;
-    const WCHAR* const close = std::find(start, end, *at);
+    const WCHAR* const close = FindQuote(start, end, *at);
     if (close == end) return std::nullopt;
     return AUX::WStringView(start, static_cast<std::size_t>(close - start));
 }
@@ -47,7 +59,7 @@ void ReplaceQuotedValue(TextSplicer& splicer, const WCHAR* valueStart, std::size
                         AUX::WStringView newText) noexcept {
     splicer.CopyUpTo(valueStart - 1);
     splicer.Append(TEXT("\""));
-    splicer.AppendEncoded(newText);
+    AppendEncoded(splicer, newText);
     splicer.Append(TEXT("\""));
     splicer.SkipTo(valueStart + valueLength + 1);
 }

@@ -16,6 +16,12 @@ constexpr bool IsBlank(WCHAR unit) noexcept {
            unit == 0xFEFF;
 }
 
+/// What stands in encoded text as it is.
+constexpr bool IsPlainAscii(WCHAR unit) noexcept {
+    return unit >= 32 && unit < 128 && !IsQuote(unit) && unit != TEXT('&') && unit != TEXT('<') &&
+           unit != TEXT('>');
+}
+
 /// The white space of the C library on Windows.
 constexpr bool IsSpace(WCHAR unit) noexcept {
     return unit == TEXT(' ') || (unit >= 9 && unit <= 13) || unit == 0xA0 || unit == 0x1680 ||

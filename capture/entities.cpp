@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "capture/search_kernels.h"
+
 namespace {
 
 struct NamedCharacter {
@@ -86,13 +88,10 @@ WCHAR* Put(AUX::WStringView text, WCHAR* to) noexcept {
 // and names as `Text`, numbers as `Number`.
 template <class Sink>
 void Encode(AUX::WStringView text, Sink& sink) noexcept {
-    const auto isPlain = [](WCHAR unit) {
-        return unit >= 32 && unit < 128 && unit != TEXT('&') && unit != TEXT('<') &&
-               unit != TEXT('>') && unit != TEXT('"') && unit != TEXT('\'');
-    };
+    const SearchKernels& kernels = FastestKernels();
     const WCHAR* const end = text.data() + text.size();
     for (const WCHAR* at = text.data(); at != end;) {
-        const WCHAR* const plainEnd = std::find_if_not(at, end, isPlain);
+        const WCHAR* const plainEnd = kernels.findSpecial(at, end);
         if (plainEnd != at) sink.Text({at, static_cast<std::size_t>(plainEnd - at)});
         at = plainEnd;
         if (at == end) return;
@@ -111,26 +110,33 @@ void Encode(AUX::WStringView text, Sink& sink) noexcept {
     }
 }
 
+// A number above 0 as "&#N;".
+class NumberText {
+public:
+    explicit NumberText(std::uint32_t value) noexcept {
+        *--first_ = TEXT(';');
+        for (; value != 0; value /= 10) *--first_ = Unit(TEXT('0') + value % 10);
+        *--first_ = TEXT('#');
+        *--first_ = TEXT('&');
+    }
+    AUX::WStringView Text() const noexcept {
+        return {first_, static_cast<std::size_t>(std::end(units_) - first_)};
+    }
+
+private:
+    WCHAR units_[10];  // The last code point has seven digits.
+    WCHAR* first_ = std::end(units_);
+};
+
 struct LengthSink {
     void Text(AUX::WStringView text) noexcept { length += text.size(); }
-    void Number(std::uint32_t value) noexcept {
-        length += 4;  // "&#", one digit, ';'
-        for (; value >= 10; value /= 10) ++length;
-    }
+    void Number(std::uint32_t value) noexcept { length += NumberText(value).Text().size(); }
     std::uint64_t length = 0;
 };
 
 struct WriteSink {
     void Text(AUX::WStringView text) noexcept { to = Put(text, to); }
-    void Number(std::uint32_t value) noexcept {
-        WCHAR digits[7];
-        WCHAR* const last = std::end(digits);
-        WCHAR* first = last;
-        for (; value != 0; value /= 10) *--first = Unit(TEXT('0') + value % 10);
-        to = Put(TEXT("&#"), to);
-        to = Put({first, static_cast<std::size_t>(last - first)}, to);
-        *to++ = TEXT(';');
-    }
+    void Number(std::uint32_t value) noexcept { to = Put(NumberText(value).Text(), to); }
     WCHAR* to;
 };
 
@@ -145,37 +151,48 @@ bool DecodeEntities(const WCHAR* text, std::int64_t length, AUX::WString& output
         return false;
     }
     WCHAR* to = output.Data();
-    for (std::size_t at = 0; at < source.size();) {
-        const std::size_t next = std::min(source.find(TEXT('&'), at), source.size());
-        to = Put(source.substr(at, next - at), to);
+    const SearchKernels& kernels = FastestKernels();
+    const WCHAR* const end = source.data() + source.size();
+    for (const WCHAR* at = source.data(); at != end;) {
+        const WCHAR* const next = kernels.findUnit(at, end, TEXT('&'));
+        to = Put({at, static_cast<std::size_t>(next - at)}, to);
         at = next;
-        if (at == source.size()) break;
-        const Reference reference = ReadReference(source.substr(at));
+        if (at == end) break;
+        const Reference reference = ReadReference({at, static_cast<std::size_t>(end - at)});
         to = reference.length ? PutCodePoint(reference.point, to) : Put(TEXT("&"), to);
         at += std::max<std::size_t>(reference.length, 1);
     }
     return output.SetLength(static_cast<std::uint32_t>(to - output.Data()));
 }
 
-std::uint64_t EncodedLength(AUX::WStringView text) noexcept {
-    LengthSink sink;
-    Encode(text, sink);
-    return sink.length;
-}
-
-void WriteEncoded(AUX::WStringView text, WCHAR* to) noexcept {
-    WriteSink sink{to};
-    Encode(text, sink);
-}
-
 bool EncodeEntities(const WCHAR* text, std::int64_t length, AUX::WString& output) noexcept {
     const AUX::WStringView source = View(text, length);
     output.Clear();
-    const std::uint64_t size = EncodedLength(source);
-    if (size == 0) return true;
-    if (size > AUX::WString::kMaxLength || !output.SetLength(static_cast<std::uint32_t>(size))) {
+    LengthSink size;
+    Encode(source, size);
+    if (size.length > AUX::WString::kMaxLength ||
+        !output.SetLength(static_cast<std::uint32_t>(size.length))) {
         return false;
     }
-    WriteEncoded(source, output.Data());
+    WriteSink writer{output.Data()};
+    Encode(source, writer);
     return true;
+}
+
+std::optional<AUX::WStringView> Decoded(AUX::WStringView text, AUX::WString& storage) noexcept {
+    const WCHAR* const end = text.data() + text.size();
+    if (FastestKernels().findSpecial(text.data(), end) == end) return text;
+    if (!DecodeEntities(text.data(), static_cast<std::int64_t>(text.size()), storage)) {
+        return std::nullopt;
+    }
+    return storage;
+}
+
+void AppendEncoded(TextSplicer& splicer, AUX::WStringView text) noexcept {
+    struct {
+        void Text(AUX::WStringView piece) noexcept { splicer.Append(piece); }
+        void Number(std::uint32_t value) noexcept { splicer.Append(NumberText(value).Text()); }
+        TextSplicer& splicer;
+    } sink{splicer};
+    Encode(text, sink);
 }

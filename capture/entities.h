@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
+#include "capture/text_splicer.h"
 #include "foundation/wstring.h"
 
 /// Character references of markup: "&amp;", "&#233;", "&#xE9;". A negative length means that the
@@ -21,8 +23,10 @@
 [[nodiscard]] bool EncodeEntities(const WCHAR* text, std::int64_t length,
                                   AUX::WString& output) noexcept;
 
-/// The length of what EncodeEntities makes of a text.
-[[nodiscard]] std::uint64_t EncodedLength(AUX::WStringView text) noexcept;
+/// The decoded form of a text: the text itself, or what `storage` then holds.
+/// \return nothing if DecodeEntities fails.
+[[nodiscard]] std::optional<AUX::WStringView> Decoded(AUX::WStringView text,
+                                                      AUX::WString& storage) noexcept;
 
-/// Writes what EncodeEntities makes of a text, EncodedLength(text) units without a terminator.
-void WriteEncoded(AUX::WStringView text, WCHAR* to) noexcept;
+/// Adds what EncodeEntities makes of a text to the splicer's output.
+void AppendEncoded(TextSplicer& splicer, AUX::WStringView text) noexcept;

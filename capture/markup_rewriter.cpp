@@ -1,7 +1,5 @@
 #include "capture/markup_rewriter.h"
 
-#include <algorithm>
-
 #include "capture/attributes.h"
 #include "capture/characters.h"
 #include "capture/entities.h"
@@ -10,12 +8,6 @@
 namespace {
 
 constexpr std::size_t kCommentStart = 4;  // "<!--"
-
-bool StartsWith(const WCHAR* tag, const WCHAR* close, AUX::WStringView name) noexcept {
-    return static_cast<std::size_t>(close - tag) >= name.size() &&
-           std::equal(name.begin(), name.end(), tag,
-                      [](WCHAR a, WCHAR b) { return a == ToLowerAscii(b); });
-}
 
 std::optional<AUX::WStringView> Attribute(const WCHAR* begin, const WCHAR* close,
                                           AUX::WStringView name) noexcept {
@@ -47,13 +39,16 @@ bool MarkupRewriter::Rewrite(AUX::WStringView baseUrl, AUX::WStringView markup,
 
 // Does the next piece of work. False: the rest is to be copied as it is.
 bool MarkupRewriter::Step() noexcept {
-    const TagPlace place = FindTag(Position, End + 1);
+    const TagPlace place = FastestKernels().findTag(Position, End + 1);
     if (!place.open) return false;
     if (!place.close) return SkipComment(place.open + kCommentStart);
     const WCHAR* const tag = place.open + 1;
     Position = place.close + 1;
-    if (StartsWith(tag, place.close, TEXT("script"))) return RemoveScript(place.open);
-    if (StartsWith(tag, place.close, TEXT("style"))) return RewriteStyleElement(Position);
+    if (ToLowerAscii(*tag) == TEXT('s')) {
+        if (StartsIgnoringCase(tag, place.close, TEXT("script"))) return RemoveScript(place.open);
+        if (StartsIgnoringCase(tag, place.close, TEXT("style")))
+            return RewriteStyleElement(Position);
+    }
     RewriteTag(tag, place.close);
     return true;
 }
@@ -86,11 +81,11 @@ bool MarkupRewriter::RewriteStyleElement(const WCHAR* content) noexcept {
 
 // The first rule that fits a tag is the only one: a `style` of an image or anchor stays.
 void MarkupRewriter::RewriteTag(const WCHAR* tag, const WCHAR* close) noexcept {
-    if (StartsWith(tag, close, TEXT("img "))) {
+    if (StartsIgnoringCase(tag, close, TEXT("img "))) {
         RewriteImage(tag + 4, close);
-    } else if (StartsWith(tag, close, TEXT("link "))) {
+    } else if (StartsIgnoringCase(tag, close, TEXT("link "))) {
         RewriteLink(tag + 5, close);
-    } else if (StartsWith(tag, close, TEXT("a "))) {
+    } else if (StartsIgnoringCase(tag, close, TEXT("a "))) {
         RewriteAnchor(tag + 2, close);
     } else {
         RewriteStyleAttribute(tag, close);
@@ -100,7 +95,8 @@ void MarkupRewriter::RewriteTag(const WCHAR* tag, const WCHAR* close) noexcept {
 void MarkupRewriter::RewriteImage(const WCHAR* attributes, const WCHAR* close) noexcept {
     const auto value = Attribute(attributes, close, TEXT("src"));
     if (!value) return;
-    Replace(*value, Decode(*value) && Resolver->ResolveImage(decoded_, resolved_));
+    const auto url = Decoded(*value, decoded_);
+    Replace(*value, url && Resolver->ResolveImage(*url, resolved_));
 }
 
 void MarkupRewriter::RewriteLink(const WCHAR* attributes, const WCHAR* close) noexcept {
@@ -108,13 +104,15 @@ void MarkupRewriter::RewriteLink(const WCHAR* attributes, const WCHAR* close) no
     if (!value || value->empty()) return;
     const AUX::WStringView type =
         Attribute(attributes, close, TEXT("type")).value_or(AUX::WStringView());
-    Replace(*value, Decode(*value) && Resolver->ResolveLink(decoded_, type, resolved_));
+    const auto href = Decoded(*value, decoded_);
+    Replace(*value, href && Resolver->ResolveLink(*href, type, resolved_));
 }
 
 void MarkupRewriter::RewriteAnchor(const WCHAR* attributes, const WCHAR* close) noexcept {
     const auto value = Attribute(attributes, close, TEXT("href"));
     if (!value || value->empty()) return;
-    Replace(*value, Decode(*value) && Resolver->ResolveAnchor(decoded_, resolved_));
+    const auto url = Decoded(*value, decoded_);
+    Replace(*value, url && Resolver->ResolveAnchor(*url, resolved_));
 }
 
 void MarkupRewriter::RewriteStyleAttribute(const WCHAR* tag, const WCHAR* close) noexcept {
@@ -138,10 +136,6 @@ void MarkupRewriter::RewriteStyleText(const WCHAR* from, const WCHAR* to,
         !styleRewriter_.RewriteInto(Splicer.Output, BaseUrl, text, place, *StyleResolver)) {
         Splicer.Fail();
     }
-}
-
-bool MarkupRewriter::Decode(AUX::WStringView value) noexcept {
-    return DecodeEntities(value.data(), static_cast<std::int64_t>(value.size()), decoded_);
 }
 
 void MarkupRewriter::Replace(AUX::WStringView value, bool isResolved) noexcept {

@@ -60,7 +60,6 @@ private:
     void RewriteAnchor(const WCHAR* attributes, const WCHAR* close) noexcept;
     void RewriteStyleAttribute(const WCHAR* tag, const WCHAR* close) noexcept;
     void RewriteStyleText(const WCHAR* from, const WCHAR* to, StylePlace place) noexcept;
-    bool Decode(AUX::WStringView value) noexcept;
     void Replace(AUX::WStringView value, bool isResolved) noexcept;
 
     StyleRewriter styleRewriter_;

@@ -67,11 +67,12 @@ bool StyleRewriter::Step() noexcept {
     const WCHAR* at = std::find_if_not(inside, end, IsSpace);
     if (at == end) return false;
     const WCHAR quote = IsQuote(*at) ? *at++ : WCHAR{0};
-    at = ReadValue(at, quote);
+    AUX::WStringView value;
+    at = ReadValue(at, quote, value);
     if (!at) return false;
-    const WCHAR* const close = std::find(at, end, TEXT(')'));
+    const WCHAR* const close = FastestKernels().findUnit(at, end, TEXT(')'));
     if (close == end) return false;
-    if (!value_.IsComplete() || !Resolve(quote)) {
+    if (!value_.IsComplete() || !Resolve(value, quote)) {
         Splicer.Fail();
         return false;
     }
@@ -82,32 +83,37 @@ bool StyleRewriter::Step() noexcept {
     return true;
 }
 
-// Reads a value into value_ and gives its end, or null if it has none. A backslash makes the next
-// character a plain one.
-const WCHAR* StyleRewriter::ReadValue(const WCHAR* at, WCHAR quote) noexcept {
+// Reads a value and gives its end, or null if it has none. A backslash makes the next character a
+// plain one; only then the value is put together in value_.
+const WCHAR* StyleRewriter::ReadValue(const WCHAR* at, WCHAR quote,
+                                      AUX::WStringView& value) noexcept {
+    const WCHAR* const start = at;
     value_.Clear();
-    if (at > End) return nullptr;
-    value_.Init(at, End);
     for (; at <= End; ++at) {
         if (*at == TEXT('\\')) {
+            if (!value_.Begin) value_.Init(start, End);
             value_.CopyUpTo(at);
             value_.SkipTo(++at);
         } else if (*at == TEXT(')') || (quote && *at == quote)) {
-            value_.CopyUpTo(at);
+            value = {start, static_cast<std::size_t>(at - start)};
+            if (value_.Begin) {
+                value_.CopyUpTo(at);
+                value = value_.Output;
+            }
             return at;
         }
     }
     return nullptr;
 }
 
-// Resolves value_ into resolved_.
-bool StyleRewriter::Resolve(WCHAR quote) noexcept {
-    const AUX::WStringView value = value_.Output;
-    if (!DecodeEntities(value.data(), value_.Output.Length(), decoded_)) return false;
+// Resolves a value into resolved_.
+bool StyleRewriter::Resolve(AUX::WStringView value, WCHAR quote) noexcept {
+    const auto url = Decoded(value, decoded_);
+    if (!url) return false;
     const bool startsWithReference =
         place_ != StylePlace::Sheet && !quote && value.starts_with(TEXT('&'));
-    return Resolver->ResolveStyleUrl(
-        BaseUrl, startsWithReference ? WithoutQuotes(decoded_) : decoded_, resolved_);
+    return Resolver->ResolveStyleUrl(BaseUrl, startsWithReference ? WithoutQuotes(*url) : *url,
+                                     resolved_);
 }
 
 // Adds resolved_ in quotes that do not end the attribute. Its own quotes become references, which
@@ -119,12 +125,12 @@ void StyleRewriter::AppendAddress() noexcept {
     AUX::WStringView rest = resolved_;
     if (place_ != StylePlace::Sheet) {
         for (std::size_t at; (at = rest.find(quote)) != AUX::WStringView::npos;) {
-            Splicer.AppendEncoded(rest.substr(0, at));
+            AppendEncoded(Splicer, rest.substr(0, at));
             Splicer.Append(TEXT("\\"));
-            Splicer.AppendEncoded(rest.substr(at, 1));
+            AppendEncoded(Splicer, rest.substr(at, 1));
             rest = rest.substr(at + 1);
         }
     }
-    Splicer.AppendEncoded(rest);
+    AppendEncoded(Splicer, rest);
     Splicer.Append({&quote, 1});
 }

@@ -55,8 +55,8 @@ public:
 private:
     void Run(AUX::WStringView text, StyleUrlResolver& resolver) noexcept;
     bool Step() noexcept;
-    const WCHAR* ReadValue(const WCHAR* at, WCHAR quote) noexcept;
-    bool Resolve(WCHAR quote) noexcept;
+    const WCHAR* ReadValue(const WCHAR* at, WCHAR quote, AUX::WStringView& value) noexcept;
+    bool Resolve(AUX::WStringView value, WCHAR quote) noexcept;
     void AppendAddress() noexcept;
 
     StylePlace place_ = StylePlace::Sheet;

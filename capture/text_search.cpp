@@ -6,31 +6,25 @@
 
 namespace {
 
-bool StartsIgnoringCase(const WCHAR* at, AUX::WStringView text) noexcept {
-    return std::equal(text.begin(), text.end(), at,
-                      [](WCHAR a, WCHAR b) { return a == ToLowerAscii(b); });
+constexpr WCHAR Fold(WCHAR unit) noexcept {
+    return unit >= TEXT('a') && unit <= TEXT('z') ? WCHAR{0x20} : WCHAR{0};
 }
 
 }  // namespace
 
-TagPlace FindTag(const WCHAR* from, const WCHAR* end) noexcept {
-    for (;;) {
-        const WCHAR* const open = std::find(from, end, TEXT('<'));
-        if (open == end) return {};
-        const WCHAR* const tag = open + 1;
-        if (end - tag >= 3 && tag[0] == TEXT('!') && tag[1] == TEXT('-') && tag[2] == TEXT('-')) {
-            return {open, nullptr};
-        }
-        const WCHAR* const close = std::find(tag, end, TEXT('>'));
-        if (close == end) return {};
-        return {open, close};
-    }
+bool StartsIgnoringCase(const WCHAR* at, const WCHAR* end, AUX::WStringView prefix) noexcept {
+    return static_cast<std::size_t>(end - at) >= prefix.size() &&
+           std::equal(prefix.begin(), prefix.end(), at,
+                      [](WCHAR a, WCHAR b) { return a == ToLowerAscii(b); });
 }
 
 const WCHAR* FindText(const SearchText& sought, const WCHAR* from, const WCHAR* end) noexcept {
-    const std::size_t length = sought.text.size();
-    for (; static_cast<std::size_t>(end - from) >= length; ++from) {
-        if (StartsIgnoringCase(from, sought.text)) return from;
+    const WCHAR first = sought.text.front();
+    const WCHAR second = sought.text[sought.distance];
+    const CharacterPair pair = {first, Fold(first), second, Fold(second), sought.distance};
+    const SearchKernels& kernels = FastestKernels();
+    for (; (from = kernels.findPair(from, end, pair)); ++from) {
+        if (StartsIgnoringCase(from, end, sought.text)) return from;
     }
     return nullptr;
 }

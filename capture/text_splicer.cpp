@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "capture/entities.h"
-
 void TextSplicer::Clear() noexcept {
     Begin = nullptr;
     End = nullptr;
@@ -35,16 +33,4 @@ bool TextSplicer::Grow(std::size_t units) noexcept {
     const std::uint64_t needed = length + units;
     return Output.Reserve(static_cast<std::uint32_t>(std::min(needed + length / 2, kMost))) ||
            Output.Reserve(static_cast<std::uint32_t>(needed));
-}
-
-void TextSplicer::AppendEncoded(AUX::WStringView text) noexcept {
-    const std::uint64_t size = EncodedLength(text);
-    if (!isComplete_ || size == 0) return;
-    if (size > AUX::WString::kMaxLength || !HasRoom(static_cast<std::size_t>(size))) {
-        isComplete_ = false;
-        return;
-    }
-    const std::uint32_t length = Output.Length();
-    (void)Output.SetLength(length + static_cast<std::uint32_t>(size));  // The room is there.
-    WriteEncoded(text, Output.Data() + length);
 }

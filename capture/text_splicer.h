@@ -35,9 +35,6 @@ public:
         if (isComplete_ && !(HasRoom(text.size()) && Output.Append(text))) isComplete_ = false;
     }
 
-    /// Adds a text with its special characters encoded, as EncodeEntities gives it.
-    void AppendEncoded(AUX::WStringView text) noexcept;
-
     /// Tells whether everything asked for is in Output.
     [[nodiscard]] bool IsComplete() const noexcept { return isComplete_; }
 

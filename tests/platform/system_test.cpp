@@ -3,6 +3,7 @@
 #include <thread>
 #include <vector>
 
+#include "platform/processor.h"
 #include "platform/sync.h"
 #include "platform/testing.h"
 #include "platform/time.h"
@@ -129,6 +130,12 @@ TEST(Token, TellsTheIntegrityLevel) {
     EXPECT_EQ(ReadIntegrityLevel(), SECURITY_MANDATORY_LOW_RID);
     testing::SetIntegrityLevel(0);
     testing::SetEnvironment("QUVADA_INTEGRITY", nullptr);
+}
+
+TEST(Processor, HasNoUnknownFeature) {
+    EXPECT_FALSE(IsProcessorFeaturePresent(0xFFFF));
+    const BOOL avx2 = IsProcessorFeaturePresent(PF_AVX2_INSTRUCTIONS_AVAILABLE);
+    EXPECT_TRUE(avx2 == TRUE || avx2 == FALSE);
 }
 
 }  // namespace

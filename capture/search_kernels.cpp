@@ -1,0 +1,60 @@
+#include "capture/search_kernels.h"
+
+#include <algorithm>
+
+#include "capture/characters.h"
+#include "capture/tag_start.h"
+#include "platform/processor.h"
+
+namespace {
+
+bool HasStyleLetters(const WCHAR* tag, const WCHAR* close) noexcept {
+    for (; close - tag >= 2; ++tag) {
+        if (IsLetter(tag[0], 'y') && IsLetter(tag[1], 'l')) return true;
+    }
+    return false;
+}
+
+TagPlace FindTag(const WCHAR* from, const WCHAR* end) noexcept {
+    for (;;) {
+        const WCHAR* const open = std::find(from, end, TEXT('<'));
+        if (open == end) return {};
+        const WCHAR* const tag = open + 1;
+        if (IsComment(tag, end)) return {open, nullptr};
+        const WCHAR* const close = std::find(tag, end, TEXT('>'));
+        if (close == end) return {};
+        if (IsKnownTag(tag, end) || HasStyleLetters(tag, close)) return {open, close};
+        from = close + 1;
+    }
+}
+
+const WCHAR* FindPair(const WCHAR* from, const WCHAR* end, const CharacterPair& pair) noexcept {
+    for (; static_cast<std::size_t>(end - from) > pair.distance; ++from) {
+        if ((*from | pair.firstFold) == pair.first &&
+            (from[pair.distance] | pair.secondFold) == pair.second) {
+            return from;
+        }
+    }
+    return nullptr;
+}
+
+const WCHAR* FindUnit(const WCHAR* from, const WCHAR* end, WCHAR unit) noexcept {
+    return std::find(from, end, unit);
+}
+
+const WCHAR* FindSpecial(const WCHAR* from, const WCHAR* end) noexcept {
+    return std::find_if_not(from, end, [](WCHAR unit) { return IsPlainAscii(unit); });
+}
+
+}  // namespace
+
+const SearchKernels kPlainKernels = {FindTag, FindPair, FindUnit, FindSpecial};
+
+constinit std::atomic<const SearchKernels*> chosenKernels{nullptr};
+
+const SearchKernels& ChooseKernels() noexcept {
+    const bool hasAvx2 = IsProcessorFeaturePresent(PF_AVX2_INSTRUCTIONS_AVAILABLE) != FALSE;
+    const SearchKernels& kernels = hasAvx2 ? kAvx2Kernels : kSse2Kernels;
+    chosenKernels.store(&kernels, std::memory_order_relaxed);
+    return kernels;
+}

@@ -1,0 +1,70 @@
+#include "capture/search_kernels.h"
+
+#include <gtest/gtest.h>
+#include <random>
+#include <vector>
+
+#include "platform/processor.h"
+#include "platform/text.h"
+
+namespace {
+
+using Text = std::vector<WCHAR>;
+
+// Mostly what the searches look for, with some of what only looks like it.
+Text MakeText(std::mt19937& random) {
+    static const platform::WideString kPieces[] = {
+        TEXT("<"),     TEXT(">"),      TEXT("<a "),     TEXT("<A>"),  TEXT("<im"),
+        TEXT("<li"),   TEXT("<link "), TEXT("<SCript"), TEXT("<!--"), TEXT("<!-"),
+        TEXT("-->"),   TEXT("yl"),     TEXT("sTYLe"),   TEXT("9,"),   TEXT("url("),
+        TEXT("u"),     TEXT("("),      TEXT("&"),       TEXT("'"),    TEXT("\""),
+        TEXT("<\x1"),  TEXT("<s"),     TEXT("c"),       TEXT("\x7F"), TEXT("\x80"),
+        TEXT("\x13C"), TEXT("\x813E"), TEXT("\xFF3C"),  TEXT("\x1F"), TEXT("<a\x8020"),
+    };
+    Text text;
+    const std::size_t filling = 1 + random() % 40;
+    for (std::size_t pieces = random() % 30; pieces > 0; --pieces) {
+        text.insert(text.end(), random() % filling, TEXT('x'));
+        const platform::WideString& piece = kPieces[random() % std::size(kPieces)];
+        text.insert(text.end(), piece.begin(), piece.end());
+    }
+    text.shrink_to_fit();  // A look behind its end leaves the block.
+    return text;
+}
+
+class KernelsTest : public testing::TestWithParam<const SearchKernels*> {};
+
+TEST_P(KernelsTest, FindWhatThePlainOnesFind) {
+    if (GetParam() == &kAvx2Kernels && !IsProcessorFeaturePresent(PF_AVX2_INSTRUCTIONS_AVAILABLE)) {
+        GTEST_SKIP() << "not on this processor";
+    }
+    const SearchKernels& kernels = *GetParam();
+    constexpr CharacterPair kPairs[] = {
+        {'u', 0x20, '(', 0, 3}, {'<', 0, 'p', 0x20, 6}, {'-', 0, '>', 0, 2}};
+    std::mt19937 random(11);
+    std::size_t places = 0;
+    for (int run = 0; run < 4000; ++run) {
+        const Text text = MakeText(random);
+        const WCHAR* const end = text.data() + text.size();
+        for (const WCHAR* from = text.data(); from;) {
+            SCOPED_TRACE(testing::Message() << "run " << run << " from " << from - text.data());
+            const TagPlace tag = kPlainKernels.findTag(from, end);
+            const TagPlace found = kernels.findTag(from, end);
+            ASSERT_EQ(found.open, tag.open);
+            ASSERT_EQ(found.close, tag.close);
+            ASSERT_EQ(kernels.findSpecial(from, end), kPlainKernels.findSpecial(from, end));
+            ASSERT_EQ(kernels.findUnit(from, end, '('), kPlainKernels.findUnit(from, end, '('));
+            for (const CharacterPair& pair : kPairs) {
+                ASSERT_EQ(kernels.findPair(from, end, pair),
+                          kPlainKernels.findPair(from, end, pair));
+            }
+            from = tag.open ? tag.open + 1 : nullptr;
+            places += tag.open != nullptr;
+        }
+    }
+    EXPECT_GT(places, 4000u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Vectors, KernelsTest, testing::Values(&kSse2Kernels, &kAvx2Kernels));
+
+}  // namespace
