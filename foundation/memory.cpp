@@ -1,95 +1,107 @@
 #include "foundation/memory.h"
 
-#include <atomic>
-#include <cstdlib>
-#include <limits>
+#include <algorithm>
+#include <cstring>
 
-#include "foundation/memory_testing.h"
+#include "foundation/memory_large.h"
+#include "foundation/memory_manager.h"
+#include "foundation/memory_watch.h"
+#include "platform/sanitizer.h"
 
 namespace AUX {
 namespace {
 
-// What a watch sees. With no watch only `on` is read, a constant to every processor's cache.
-struct Watch {
-    std::atomic<bool> on{false};
-    std::atomic<std::uint64_t> requests{0};
-    std::atomic<std::uint64_t> failures{0};
-    std::atomic<std::uint64_t> failFirst{0};
-    std::atomic<std::uint64_t> failLast{0};
-    std::atomic<std::int64_t> liveBlocks{0};
-};
-constinit Watch watch;
+using namespace memory;
 
-bool MustFail() noexcept {
-    const std::uint64_t number = watch.requests.fetch_add(1) + 1;
-    if (number < watch.failFirst || number > watch.failLast) return false;
-    watch.failures.fetch_add(1);
-    return true;
+void* AllocateSmall(MemRoot& root, std::size_t size) noexcept {
+    MemHeap* heap = Manager().Heap();
+    if (!heap) heap = Manager().AttachThread();
+    if (!heap) return nullptr;
+    void* const block = heap->Allocate(root, root.classes[(size + 3) / 4]);
+    if (block) platform::AllowAccess(block, size);
+    return block;
 }
 
-bool IsWatched() noexcept { return watch.on.load(std::memory_order_relaxed); }
+// As Alloc, but a size of 0 gets a block too.
+void* Allocate(std::size_t size) noexcept {
+    MemRoot* const root = Manager().Root();
+    return root && size <= kLargestSmall ? AllocateSmall(*root, size) : AllocateLarge(size);
+}
+
+void FreeSmall(void* block) noexcept {
+    MemManager& manager = Manager();
+    MemPage& page = PageOf(block);
+    MemHeap* const heap = manager.Heap();
+    platform::ForbidAccess(block, page.stride - 2 * sizeof(SmallHeader));
+    // Nobody but this thread makes this thread's heap an owner, or takes that away.
+    if (heap && page.owner.load(std::memory_order_relaxed) == heap) {
+        heap->TakeBack(*manager.Root(), page, block);
+    } else {
+        manager.TakeBackForeign(page, block);
+    }
+}
+
+void FreeAny(void* block) noexcept {
+    if (IsLarge(block)) {
+        FreeLarge(block);
+    } else if (Manager().Root()) {
+        FreeSmall(block);
+    }
+}
+
+std::size_t UsableSize(void* block) noexcept {
+    return IsLarge(block) ? static_cast<std::size_t>(LargeHeaderOf(block).usableSize)
+                          : PageOf(block).stride - sizeof(SmallHeader);
+}
+
+void* Move(void* block, std::size_t usable, std::size_t size) noexcept {
+    void* const moved = Allocate(size);
+    if (!moved) return nullptr;
+    const std::size_t kept = std::min(usable, size);
+    if (!IsLarge(block)) platform::AllowAccess(block, kept);
+    std::memcpy(moved, block, kept);
+    FreeAny(block);
+    return moved;
+}
+
+void* Reallocate(void* block, std::size_t size, bool mayStay) noexcept {
+    if (!block) return Alloc(size);
+    if (size > kMaxRequest || Manager().HasEnded()) return nullptr;
+    if (watch.IsOn() && watch.MustFail()) return nullptr;
+    const std::size_t usable = UsableSize(block);
+    if (!IsLarge(block)) return Move(block, usable, size);
+    const BlockKind kind = LargeHeaderOf(block).kind;
+    const std::size_t total = LargeTotal(size);
+    if (mayStay) {
+        const std::size_t slack = kind == BlockKind::Pages ? 65536 : 1024;
+        const bool isCloseEnough = usable >= size && usable - size <= slack;
+        const bool hasItsPages = kind == BlockKind::Pages && KindOfTotal(total) == kind &&
+                                 total <= usable + sizeof(LargeHeader);
+        if (isCloseEnough || hasItsPages) return block;
+    }
+    return KindOfTotal(total) == kind ? ReallocateLarge(block, size) : Move(block, usable, size);
+}
 
 }  // namespace
 
 void* Alloc(std::size_t size) noexcept {
     if (size == 0 || size > kMaxRequest) return nullptr;
-    if (!IsWatched()) return std::malloc(size);
-    if (MustFail()) return nullptr;
-    void* const block = std::malloc(size);
+    if (!watch.IsOn()) return Allocate(size);
+    if (watch.MustFail()) return nullptr;
+    void* const block = Allocate(size);
     if (block) watch.liveBlocks.fetch_add(1);
     return block;
 }
 
-void* Realloc(void* block, std::size_t size) noexcept {
-    if (!block) return Alloc(size);
-    if (size > kMaxRequest) return nullptr;
-    if (IsWatched() && MustFail()) return nullptr;
-    // The run-time's realloc would free the block for a size of 0.
-    return std::realloc(block, size ? size : 1);
-}
+void* Realloc(void* block, std::size_t size) noexcept { return Reallocate(block, size, false); }
 
-void* Resize(void* block, std::size_t size) noexcept { return Realloc(block, size); }
+void* Resize(void* block, std::size_t size) noexcept { return Reallocate(block, size, true); }
 
 void Free(void* block) noexcept {
-    if (block && IsWatched()) watch.liveBlocks.fetch_sub(1);
-    std::free(block);
+    // After the module's end the blocks may be gone, even the bytes that tell their kind.
+    if (!block || Manager().HasEnded()) return;
+    if (watch.IsOn()) watch.liveBlocks.fetch_sub(1);
+    FreeAny(block);
 }
 
-namespace testing {
-namespace {
-
-void FailBetween(std::uint64_t first, std::uint64_t last) noexcept {
-    watch.failLast = 0;  // Nothing fails while the two limits do not belong together.
-    watch.failFirst = first;
-    watch.failLast = last;
-}
-
-}  // namespace
-
-AllocationWatch::AllocationWatch() noexcept {
-    FailNone();
-    watch.requests = 0;
-    watch.failures = 0;
-    watch.liveBlocks = 0;
-    watch.on = true;
-}
-
-AllocationWatch::~AllocationWatch() { watch.on = false; }
-
-void AllocationWatch::FailOnce(std::uint64_t n) noexcept {
-    const std::uint64_t number = watch.requests + n;
-    FailBetween(number, number);
-}
-
-void AllocationWatch::FailFrom(std::uint64_t n) noexcept {
-    FailBetween(watch.requests + n, std::numeric_limits<std::uint64_t>::max());
-}
-
-void AllocationWatch::FailNone() noexcept { FailBetween(0, 0); }
-
-std::uint64_t AllocationWatch::Requests() const noexcept { return watch.requests; }
-std::uint64_t AllocationWatch::Failures() const noexcept { return watch.failures; }
-std::int64_t AllocationWatch::LiveBlocks() const noexcept { return watch.liveBlocks; }
-
-}  // namespace testing
 }  // namespace AUX

@@ -1,6 +1,8 @@
 #include <map>
+#include <memory>
 #include <mutex>
 #include <new>
+#include <string>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -13,6 +15,19 @@
 namespace platform {
 namespace {
 
+/// Memory that has a name in this process only.
+struct LocalMemory {
+    LocalMemory() = default;
+    LocalMemory(const LocalMemory&) = delete;
+    LocalMemory& operator=(const LocalMemory&) = delete;
+    ~LocalMemory() {
+        if (descriptor >= 0) close(descriptor);
+    }
+
+    int descriptor = -1;
+    std::uint64_t size = 0;
+};
+
 /// What a handle of a mapping stands for. The name ends with the last handle, as on Windows; the
 /// bytes stay as long as they are mapped, which the host's mapping sees to.
 class MappingObject final : public KernelObject {
@@ -21,7 +36,11 @@ public:
 
     explicit MappingObject(bool writable) noexcept : KernelObject(kKind), isWritable(writable) {}
 
+    [[nodiscard]] int Descriptor() const { return local ? local->descriptor : file.Descriptor(); }
+    [[nodiscard]] std::uint64_t Size() const { return local ? local->size : file.Size(); }
+
     NamedFile file;
+    std::shared_ptr<LocalMemory> local;  // if null, the file holds the bytes
     const bool isWritable;
 };
 
@@ -37,6 +56,26 @@ std::map<const void*, SIZE_T>& Views() {
 std::uint64_t RoundToPages(std::uint64_t size) {
     const auto page = static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
     return (size + page - 1) / page * page;
+}
+
+/// Opens the process's own memory of that name, or makes it; null with errno set.
+std::shared_ptr<LocalMemory> OpenLocal(const char* name, std::uint64_t size, bool& existed) {
+    static std::mutex lock;
+    // Never destroyed: modules meet while the process ends, too.
+    static auto& named = *new std::map<std::string, std::weak_ptr<LocalMemory>>;
+    const std::lock_guard guard(lock);
+    std::weak_ptr<LocalMemory>& known = named[name];
+    std::shared_ptr<LocalMemory> memory = known.lock();
+    existed = memory != nullptr;
+    if (existed) return memory;
+    memory = std::make_shared<LocalMemory>();
+    memory->descriptor = memfd_create("mapping", MFD_CLOEXEC);
+    if (memory->descriptor < 0 || ftruncate(memory->descriptor, static_cast<off_t>(size)) != 0) {
+        return nullptr;
+    }
+    memory->size = size;
+    known = memory;
+    return memory;
 }
 
 HANDLE FailHandle(DWORD error) {
@@ -73,6 +112,23 @@ HANDLE CreateFileMappingW(HANDLE file, const SECURITY_ATTRIBUTES*, DWORD protect
     return handle;
 }
 
+HANDLE CreateFileMappingA(HANDLE file, const SECURITY_ATTRIBUTES*, DWORD protection, DWORD sizeHigh,
+                          DWORD sizeLow, LPCSTR name) noexcept {
+    if (platform::InjectFault("CreateFileMappingA")) return nullptr;
+    if (file != INVALID_HANDLE_VALUE || protection != PAGE_READWRITE || sizeHigh || !sizeLow ||
+        !name || !*name) {
+        return FailHandle(ERROR_INVALID_PARAMETER);
+    }
+    ObjectRef<MappingObject> mapping(new (std::nothrow) MappingObject(true));
+    if (!mapping) return FailHandle(ERROR_NOT_ENOUGH_MEMORY);
+    bool existed = false;
+    mapping->local = platform::OpenLocal(name, platform::RoundToPages(sizeLow), existed);
+    if (!mapping->local) return FailHandle(ERROR_COMMITMENT_LIMIT);
+    const HANDLE handle = platform::OpenHandle(std::move(mapping));
+    if (handle) SetLastError(existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
+    return handle;
+}
+
 HANDLE OpenFileMappingW(DWORD access, BOOL, LPCWSTR name) noexcept {
     if (platform::InjectFault("OpenFileMappingW")) return nullptr;
     if (!name || (access != FILE_MAP_READ && !(access & FILE_MAP_WRITE))) {
@@ -96,12 +152,12 @@ LPVOID MapViewOfFile(HANDLE handle, DWORD access, DWORD offsetHigh, DWORD offset
     if (offsetHigh || offsetLow || !(access & (FILE_MAP_READ | FILE_MAP_WRITE))) {
         return FailHandle(ERROR_INVALID_PARAMETER);
     }
-    if (size == 0) size = mapping->file.Size();
-    if (size > mapping->file.Size() || (isWriting && !mapping->isWritable)) {
+    if (size == 0) size = mapping->Size();
+    if (size > mapping->Size() || (isWriting && !mapping->isWritable)) {
         return FailHandle(ERROR_ACCESS_DENIED);
     }
     void* const view = mmap(nullptr, size, isWriting ? PROT_READ | PROT_WRITE : PROT_READ,
-                            MAP_SHARED, mapping->file.Descriptor(), 0);
+                            MAP_SHARED, mapping->Descriptor(), 0);
     if (view == MAP_FAILED) {
         platform::FailErrno();
         return nullptr;

@@ -5,6 +5,8 @@
 #include "platform/base.h"
 
 inline constexpr DWORD PAGE_READWRITE = 0x04;
+inline constexpr DWORD MEM_COMMIT = 0x1000;
+inline constexpr DWORD MEM_RELEASE = 0x8000;
 inline constexpr DWORD FILE_MAP_WRITE = 0x0002;
 inline constexpr DWORD FILE_MAP_READ = 0x0004;
 
@@ -22,6 +24,11 @@ inline constexpr DWORD FILE_MAP_READ = 0x0004;
 HANDLE CreateFileMappingW(HANDLE file, const SECURITY_ATTRIBUTES* security, DWORD protection,
                           DWORD sizeHigh, DWORD sizeLow, LPCWSTR name) noexcept;
 
+/// As CreateFileMappingW, for a name that this process alone knows: its modules meet there, and
+/// nothing of it outlives the process. Sizes up to 4 GiB; the name is needed.
+HANDLE CreateFileMappingA(HANDLE file, const SECURITY_ATTRIBUTES* security, DWORD protection,
+                          DWORD sizeHigh, DWORD sizeLow, LPCSTR name) noexcept;
+
 /// Opens existing memory. Null with ERROR_FILE_NOT_FOUND if nobody holds it any more.
 HANDLE OpenFileMappingW(DWORD access, BOOL inherit, LPCWSTR name) noexcept;
 
@@ -33,3 +40,22 @@ LPVOID MapViewOfFile(HANDLE mapping, DWORD access, DWORD offsetHigh, DWORD offse
 
 /// FALSE with ERROR_INVALID_ADDRESS if no view begins at `view`.
 BOOL UnmapViewOfFile(LPCVOID view) noexcept;
+
+/// Gives zeroed pages that begin at a multiple of 64 KiB. Only `address` null, `type` MEM_COMMIT
+/// and `protection` PAGE_READWRITE: others give null with ERROR_INVALID_PARAMETER. \return null
+/// with ERROR_NOT_ENOUGH_MEMORY or ERROR_INVALID_PARAMETER (size 0).
+LPVOID VirtualAlloc(LPVOID address, SIZE_T size, DWORD type, DWORD protection) noexcept;
+
+/// Gives back what VirtualAlloc gave. \param size  0; \param type  MEM_RELEASE.
+/// \return FALSE with ERROR_INVALID_PARAMETER, or ERROR_INVALID_ADDRESS if nothing begins there.
+BOOL VirtualFree(LPVOID address, SIZE_T size, DWORD type) noexcept;
+
+inline constexpr DWORD HEAP_ZERO_MEMORY = 0x00000008;
+
+/// The process heap is the run-time's; its blocks begin at multiples of 16. Nothing else counts as
+/// a heap. A failure gives null and sets no error code.
+HANDLE GetProcessHeap() noexcept;
+LPVOID HeapAlloc(HANDLE heap, DWORD flags, SIZE_T size) noexcept;
+/// Only with flags 0.
+LPVOID HeapReAlloc(HANDLE heap, DWORD flags, LPVOID block, SIZE_T size) noexcept;
+BOOL HeapFree(HANDLE heap, DWORD flags, LPVOID block) noexcept;

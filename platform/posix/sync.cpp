@@ -7,20 +7,18 @@
 #include <thread>
 
 #include "platform/posix/faults.h"
-#include "platform/posix/kernel_object.h"
 #include "platform/posix/last_error.h"
+#include "platform/posix/waitable.h"
 
 namespace platform {
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-class EventObject : public KernelObject {
+class EventObject : public Waitable {
 public:
-    static constexpr KernelObjectKind kKind = KernelObjectKind::Event;
-
     EventObject(bool isManual, bool isSignalled) noexcept
-        : KernelObject(kKind), manual_(isManual), signalled_(isSignalled) {}
+        : manual_(isManual), signalled_(isSignalled) {}
 
     void Set(bool isSignalled) noexcept {
         const std::lock_guard lock(mutex_);
@@ -29,7 +27,7 @@ public:
     }
 
     /// Gives whether it was signalled in time; one waiter takes the signal of an automatic event.
-    bool Wait(DWORD milliseconds) noexcept {
+    bool Wait(DWORD milliseconds) noexcept override {
         std::unique_lock lock(mutex_);
         const auto isSignalled = [this] { return signalled_; };
         if (milliseconds == INFINITE) {
@@ -51,8 +49,9 @@ private:
 };
 
 BOOL SetState(HANDLE handle, bool isSignalled) noexcept {
-    const ObjectRef<EventObject> event = FindObject<EventObject>(handle);
-    if (!event) return FALSE;
+    const ObjectRef<Waitable> object = FindObject<Waitable>(handle);
+    auto* const event = dynamic_cast<EventObject*>(object.Get());
+    if (!event) return Fail(ERROR_INVALID_HANDLE);
     event->Set(isSignalled);
     return TRUE;
 }
@@ -77,9 +76,10 @@ BOOL ResetEvent(HANDLE event) noexcept { return platform::SetState(event, false)
 
 DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds) noexcept {
     using namespace platform;
-    const ObjectRef<EventObject> event = FindObject<EventObject>(object);
-    if (!event) return WAIT_FAILED;
-    return event->Wait(milliseconds) ? WAIT_OBJECT_0 : WAIT_TIMEOUT;
+    if (InjectFault("WaitForSingleObject")) return WAIT_FAILED;
+    const ObjectRef<Waitable> waitable = FindObject<Waitable>(object);
+    if (!waitable) return WAIT_FAILED;
+    return waitable->Wait(milliseconds) ? WAIT_OBJECT_0 : WAIT_TIMEOUT;
 }
 
 void Sleep(DWORD milliseconds) noexcept {
@@ -92,8 +92,3 @@ DWORD GetTickCount() noexcept {
     const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(sinceStart).count();
     return static_cast<DWORD>(elapsed);
 }
-
-BOOL InitializeCriticalSectionAndSpinCount(LPCRITICAL_SECTION, DWORD) noexcept { return TRUE; }
-void EnterCriticalSection(LPCRITICAL_SECTION section) noexcept { section->mutex.lock(); }
-void LeaveCriticalSection(LPCRITICAL_SECTION section) noexcept { section->mutex.unlock(); }
-void DeleteCriticalSection(LPCRITICAL_SECTION) noexcept {}

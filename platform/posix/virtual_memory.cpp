@@ -1,0 +1,88 @@
+#include <map>
+#include <mutex>
+#include <sys/mman.h>
+
+#include "platform/memory.h"
+#include "platform/posix/faults.h"
+#include "platform/posix/last_error.h"
+
+namespace platform {
+namespace {
+
+constexpr SIZE_T kGranularity = 0x10000;
+constexpr SIZE_T kPage = 0x1000;
+
+class Allocations {
+public:
+    void Add(void* address, SIZE_T size) {
+        const std::lock_guard guard(lock_);
+        sizes_.emplace(address, size);
+    }
+
+    /// Gives the size of what begins there and forgets it; 0 for nothing.
+    SIZE_T Remove(void* address) {
+        const std::lock_guard guard(lock_);
+        const auto found = sizes_.find(address);
+        if (found == sizes_.end()) return 0;
+        const SIZE_T size = found->second;
+        sizes_.erase(found);
+        return size;
+    }
+
+private:
+    std::mutex lock_;
+    std::map<void*, SIZE_T> sizes_;
+};
+
+Allocations& Known() {
+    // Never destroyed: memory may be given back while the process ends.
+    static auto& known = *new Allocations;
+    return known;
+}
+
+/// Pages at a multiple of the granularity: a larger stretch is taken and its ends given back.
+void* MapAligned(SIZE_T size) noexcept {
+    const SIZE_T room = size + kGranularity - kPage;
+    void* const mapped = mmap(nullptr, room, PROT_READ | PROT_WRITE,
+                              MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (mapped == MAP_FAILED) return nullptr;
+    const auto begin = reinterpret_cast<UINT_PTR>(mapped);
+    const UINT_PTR aligned = (begin + kGranularity - 1) & ~(kGranularity - 1);
+    const SIZE_T before = aligned - begin;
+    if (before) munmap(mapped, before);
+    if (room > before + size) {
+        munmap(reinterpret_cast<void*>(aligned + size), room - before - size);
+    }
+    return reinterpret_cast<void*>(aligned);
+}
+
+}  // namespace
+}  // namespace platform
+
+LPVOID VirtualAlloc(LPVOID address, SIZE_T size, DWORD type, DWORD protection) noexcept {
+    using namespace platform;
+    if (InjectFault("VirtualAlloc")) return nullptr;
+    if (address || type != MEM_COMMIT || protection != PAGE_READWRITE || size == 0) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return nullptr;
+    }
+    void* pages = nullptr;
+    if (size <= SIZE_MAX / 2) {
+        size = (size + kPage - 1) & ~(kPage - 1);
+        pages = MapAligned(size);
+    }
+    if (!pages) {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return nullptr;
+    }
+    Known().Add(pages, size);
+    return pages;
+}
+
+BOOL VirtualFree(LPVOID address, SIZE_T size, DWORD type) noexcept {
+    if (size != 0 || type != MEM_RELEASE) return platform::Fail(ERROR_INVALID_PARAMETER);
+    const SIZE_T known = platform::Known().Remove(address);
+    if (known == 0) return platform::Fail(ERROR_INVALID_ADDRESS);
+    munmap(address, known);
+    return TRUE;
+}
