@@ -12,7 +12,6 @@ namespace {
 
 // After it every other thread has passed a full barrier since it began.
 void FenceAllThreads() noexcept {
-    std::atomic_thread_fence(std::memory_order_seq_cst);
     if (!mustFenceLeaving) {
         (void)syscall(SYS_membarrier, MEMBARRIER_CMD_PRIVATE_EXPEDITED, 0, 0);
     }

@@ -88,8 +88,10 @@ inline void LeaveCriticalSection(LPCRITICAL_SECTION section) noexcept {
     // missed. A waiter sees to that from its side, by a barrier on every thread of the process, so
     // here the compiler alone has to keep the order.
     std::atomic_signal_fence(std::memory_order_seq_cst);
-    if (platform::mustFenceLeaving) std::atomic_thread_fence(std::memory_order_seq_cst);
-    if (section->waiters.load(std::memory_order_relaxed)) platform::WakeWaiter(*section);
+    const bool isAwaited = platform::mustFenceLeaving
+                               ? section->waiters.fetch_add(0) != 0
+                               : section->waiters.load(std::memory_order_relaxed) != 0;
+    if (isAwaited) platform::WakeWaiter(*section);
 }
 
 void DeleteCriticalSection(LPCRITICAL_SECTION section) noexcept;
