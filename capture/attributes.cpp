@@ -6,6 +6,8 @@
 
 namespace {
 
+constexpr AUX::WStringView kQuote = TEXT("\"");
+
 const WCHAR* FindQuote(const WCHAR* at, const WCHAR* end, WCHAR quote) noexcept {
     return FastestKernels().findUnit(at, end, quote);
 }
@@ -58,8 +60,8 @@ std::optional<AUX::WStringView> FindAttribute(const WCHAR* begin, const WCHAR* e
 void ReplaceQuotedValue(TextSplicer& splicer, const WCHAR* valueStart, std::size_t valueLength,
                         AUX::WStringView newText) noexcept {
     splicer.CopyUpTo(valueStart - 1);
-    splicer.Append(TEXT("\""));
+    splicer.Append(kQuote);
     AppendEncoded(splicer, newText);
-    splicer.Append(TEXT("\""));
+    splicer.Append(kQuote);
     splicer.SkipTo(valueStart + valueLength + 1);
 }

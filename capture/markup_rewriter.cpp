@@ -9,6 +9,16 @@ namespace {
 
 constexpr std::size_t kCommentStart = 4;  // "<!--"
 
+// Beginnings of tags, behind the '<'; and attributes.
+constexpr AUX::WStringView kScript = TEXT("script");
+constexpr AUX::WStringView kStyle = TEXT("style");
+constexpr AUX::WStringView kImage = TEXT("img ");
+constexpr AUX::WStringView kLink = TEXT("link ");
+constexpr AUX::WStringView kAnchor = TEXT("a ");
+constexpr AUX::WStringView kSource = TEXT("src");
+constexpr AUX::WStringView kAddress = TEXT("href");
+constexpr AUX::WStringView kType = TEXT("type");
+
 std::optional<AUX::WStringView> Attribute(const WCHAR* begin, const WCHAR* close,
                                           AUX::WStringView name) noexcept {
     return FindAttribute(begin, close, name.data(), name.size());
@@ -45,9 +55,8 @@ bool MarkupRewriter::Step() noexcept {
     const WCHAR* const tag = place.open + 1;
     Position = place.close + 1;
     if (ToLowerAscii(*tag) == TEXT('s')) {
-        if (StartsIgnoringCase(tag, place.close, TEXT("script"))) return RemoveScript(place.open);
-        if (StartsIgnoringCase(tag, place.close, TEXT("style")))
-            return RewriteStyleElement(Position);
+        if (StartsIgnoringCase(tag, place.close, kScript)) return RemoveScript(place.open);
+        if (StartsIgnoringCase(tag, place.close, kStyle)) return RewriteStyleElement(Position);
     }
     RewriteTag(tag, place.close);
     return true;
@@ -81,42 +90,43 @@ bool MarkupRewriter::RewriteStyleElement(const WCHAR* content) noexcept {
 
 // The first rule that fits a tag is the only one: a `style` of an image or anchor stays.
 void MarkupRewriter::RewriteTag(const WCHAR* tag, const WCHAR* close) noexcept {
-    if (StartsIgnoringCase(tag, close, TEXT("img "))) {
-        RewriteImage(tag + 4, close);
-    } else if (StartsIgnoringCase(tag, close, TEXT("link "))) {
-        RewriteLink(tag + 5, close);
-    } else if (StartsIgnoringCase(tag, close, TEXT("a "))) {
-        RewriteAnchor(tag + 2, close);
+    // The first letter spares most tags the other questions.
+    const WCHAR first = ToLowerAscii(*tag);
+    if (first == TEXT('i') && StartsIgnoringCase(tag, close, kImage)) {
+        RewriteImage(tag + kImage.size(), close);
+    } else if (first == TEXT('l') && StartsIgnoringCase(tag, close, kLink)) {
+        RewriteLink(tag + kLink.size(), close);
+    } else if (first == TEXT('a') && StartsIgnoringCase(tag, close, kAnchor)) {
+        RewriteAnchor(tag + kAnchor.size(), close);
     } else {
         RewriteStyleAttribute(tag, close);
     }
 }
 
 void MarkupRewriter::RewriteImage(const WCHAR* attributes, const WCHAR* close) noexcept {
-    const auto value = Attribute(attributes, close, TEXT("src"));
+    const auto value = Attribute(attributes, close, kSource);
     if (!value) return;
     const auto url = Decoded(*value, decoded_);
     Replace(*value, url && Resolver->ResolveImage(*url, resolved_));
 }
 
 void MarkupRewriter::RewriteLink(const WCHAR* attributes, const WCHAR* close) noexcept {
-    const auto value = Attribute(attributes, close, TEXT("href"));
+    const auto value = Attribute(attributes, close, kAddress);
     if (!value || value->empty()) return;
-    const AUX::WStringView type =
-        Attribute(attributes, close, TEXT("type")).value_or(AUX::WStringView());
+    const AUX::WStringView type = Attribute(attributes, close, kType).value_or(AUX::WStringView());
     const auto href = Decoded(*value, decoded_);
     Replace(*value, href && Resolver->ResolveLink(*href, type, resolved_));
 }
 
 void MarkupRewriter::RewriteAnchor(const WCHAR* attributes, const WCHAR* close) noexcept {
-    const auto value = Attribute(attributes, close, TEXT("href"));
+    const auto value = Attribute(attributes, close, kAddress);
     if (!value || value->empty()) return;
     const auto url = Decoded(*value, decoded_);
     Replace(*value, url && Resolver->ResolveAnchor(*url, resolved_));
 }
 
 void MarkupRewriter::RewriteStyleAttribute(const WCHAR* tag, const WCHAR* close) noexcept {
-    const auto value = Attribute(tag, close, TEXT("style"));
+    const auto value = Attribute(tag, close, kStyle);
     if (!value || value->empty()) return;
     const WCHAR* const from = value->data();
     const WCHAR* const to = from + value->size();

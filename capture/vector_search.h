@@ -50,7 +50,9 @@ public:
         TagMasks before = {};
         const WCHAR* lastOpen = nullptr;
         PaddedBlock rest;
-        for (const WCHAR* block = from; block < end; block += kBlock) {
+        const WCHAR* next = from;
+        for (const WCHAR* block = from; block != end; block = next) {
+            next = end - block > kBlock ? block + kBlock : end;
             const TagMasks masks =
                 Vector::ReadTags(end - block >= kBlock ? block : rest.Fill(block, end));
             // The addition carries a bit from each '<' through all that follows to the next '>'. A
@@ -73,7 +75,7 @@ public:
                 if (isStyle || IsKnownTag(tag + 1, end)) {
                     const Mask close = masks.close & ~Mask{1} << place;
                     if (close) return {tag, block + std::countr_zero(close)};
-                    return CloseBehind(tag, block + kBlock, end);
+                    return CloseBehind(tag, next, end);
                 }
             }
             inTag = (carried < others) | (sum < carried);
@@ -134,7 +136,6 @@ private:
     }
 
     static TagPlace CloseBehind(const WCHAR* open, const WCHAR* from, const WCHAR* end) noexcept {
-        if (from >= end) return {};
         const WCHAR* const close = FindUnit(from, end, '>');
         return close != end ? TagPlace{open, close} : TagPlace{};
     }
