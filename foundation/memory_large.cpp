@@ -31,7 +31,7 @@ void* AllocateLarge(std::size_t size) noexcept {
 }
 
 void* ReallocateLarge(void* block, std::size_t size) noexcept {
-    const LargeHeader& header = LargeHeaderOf(block);
+    const LargeHeader header = LargeHeaderOf(block);
     const std::size_t total = LargeTotal(size);
     if (header.kind == BlockKind::ProcessHeap) {
         void* const memory = &LargeHeaderOf(block);
@@ -40,7 +40,8 @@ void* ReallocateLarge(void* block, std::size_t size) noexcept {
     }
     void* const moved = AllocatePages(total);
     if (!moved) return nullptr;
-    std::memcpy(moved, block, std::min<std::size_t>(header.usableSize, size));
+    const std::size_t usable = header.usableSize;
+    std::memcpy(moved, block, std::min(usable, size));
     FreeLarge(block);
     return moved;
 }
