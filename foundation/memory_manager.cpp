@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "foundation/memory_threads.h"
+#include "foundation/system_facts.h"
 #include "platform/memory.h"
 #include "platform/sanitizer.h"
 #include "platform/security.h"
@@ -32,6 +33,7 @@ QVD_STARTS_FIRST const Run run;
 MemManager& Manager() noexcept { return manager; }
 
 void MemManager::Start() noexcept {
+    LearnFacts();
     (void)std::snprintf(name_, sizeof(name_), "s.dscrt.mks.%s%s.%d.%d.%X", "-", "-", kLayoutMajor,
                         kLayoutMinor, static_cast<unsigned>(GetCurrentProcessId()));
     // Threads that act for another user must reach the objects too.

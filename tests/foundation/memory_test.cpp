@@ -9,6 +9,7 @@
 #include "foundation/memory_check.h"
 #include "foundation/memory_layout.h"
 #include "foundation/memory_testing.h"
+#include "foundation/system_facts.h"
 #include "platform/testing.h"
 
 namespace {
@@ -170,6 +171,16 @@ TEST(Memory, LeavesBlocksAsTheyWereWhenTheSystemFails) {
         ++failures;
     }
     EXPECT_GE(failures, 8u);
+}
+
+TEST(Memory, LearnsOfTheSystemAtTheStart) {
+    const AUX::SystemFacts& facts = AUX::Facts();
+    EXPECT_GE(facts.version.dwMajorVersion, 6u);
+    EXPECT_EQ(facts.version.dwPlatformId, DWORD{VER_PLATFORM_WIN32_NT});
+    EXPECT_EQ(facts.machine.dwAllocationGranularity, 0x10000u);
+    EXPECT_EQ(facts.machine.dwPageSize, 0x1000u);
+    EXPECT_GE(facts.machine.dwNumberOfProcessors, 1u);
+    EXPECT_TRUE(facts.hasSse42 || !facts.hasAvx2);
 }
 
 TEST(Memory, AWatchFailsTheRequestThatItIsTold) {

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "platform/system.h"
+
+namespace AUX {
+
+/// What the library asks the system once, when its memory manager starts. Zero before.
+struct SystemFacts {
+    OSVERSIONINFOA version;
+    SYSTEM_INFO machine;
+    bool hasSse42;  // with it the instruction that counts bits
+    bool hasAvx2;
+};
+
+/// The facts, constant from the start on.
+[[nodiscard]] const SystemFacts& Facts() noexcept;
+
+namespace memory {
+
+/// Asks the system, for the manager's start.
+void LearnFacts() noexcept;
+
+}  // namespace memory
+}  // namespace AUX
