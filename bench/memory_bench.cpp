@@ -26,9 +26,9 @@ struct Workload {
     double aim;  ///< The library's time by glibc's, at most; 0 where none is set.
 };
 constexpr Workload kWorkloads[] = {
-    {"pair", 2.0},          {"lifo", 0},         {"fifo", 0},         {"mix_10k", 0.7},
-    {"mix_500k", 0.5},      {"larson_2", 1.0},   {"larson_4", 1.0},   {"producer", 1.0},
-    {"realloc_steps", 0.9}, {"resize_steps", 0}, {"thread_churn", 0},
+    {"pair", 2.0},     {"pair_alone", 0},      {"lifo", 0},         {"fifo", 0},
+    {"mix_10k", 0.7},  {"mix_500k", 0.5},      {"larson_2", 1.0},   {"larson_4", 1.0},
+    {"producer", 1.0}, {"realloc_steps", 0.9}, {"resize_steps", 0}, {"thread_churn", 0},
 };
 constexpr double kFootprintAim = 1.09;
 
@@ -37,7 +37,8 @@ const std::vector<const char*> kAllocators = {Library::kName, Glibc::kName, Mima
 
 template <class A>
 void AddAll() {
-    RatioTable::Add("pair", A::kName, Pair<A>);
+    RatioTable::Add("pair", A::kName, Pair<A, false>);
+    RatioTable::Add("pair_alone", A::kName, Pair<A, true>);
     RatioTable::Add("lifo", A::kName, InOrder<A, Order::Lifo>);
     RatioTable::Add("fifo", A::kName, InOrder<A, Order::Fifo>);
     RatioTable::Add("mix_10k", A::kName, RandomMix<A, 10'000>);

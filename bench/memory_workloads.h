@@ -76,11 +76,16 @@ private:
     std::vector<std::uint32_t> sizes_;
 };
 
-template <class A>
+// One block over and over, while others of its size live or not: an allocator of pages gives a page
+// back with its last block.
+template <class A, bool isAlone>
 void Pair(benchmark::State& state) {
+    constexpr std::size_t kSize = 64;
+    void* const other = isAlone ? nullptr : A::Alloc(kSize);
     for (auto _ : state) {
-        for (int i = 0; i < kSteps; ++i) A::Free(Take<A>(64));
+        for (int i = 0; i < kSteps; ++i) A::Free(Take<A>(kSize));
     }
+    A::Free(other);
 }
 
 enum class Order { Lifo, Fifo };
