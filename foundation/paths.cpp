@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "foundation/path_characters.h"
 #include "platform/shell.h"
 
 namespace AUX {
@@ -10,24 +11,15 @@ namespace {
 
 constexpr WCHAR kBackslash = TEXT('\\');
 
-constexpr bool IsSeparator(WCHAR character) noexcept {
-    return character == kBackslash || character == TEXT('/');
-}
-
-constexpr bool IsLetter(WCHAR character) noexcept {
-    return (character >= TEXT('a') && character <= TEXT('z')) ||
-           (character >= TEXT('A') && character <= TEXT('Z'));
-}
-
 // "C:" or "C:\".
 bool IsDriveRoot(WStringView path) noexcept {
-    return (path.size() == 2 || (path.size() == 3 && path[2] == kBackslash)) && IsLetter(path[0]) &&
-           path[1] == TEXT(':');
+    return (path.size() == 2 || (path.size() == 3 && path[2] == kBackslash)) &&
+           IsPlainLetter(path[0]) && path[1] == TEXT(':');
 }
 
 bool CanBePath(WStringView path) noexcept {
     for (std::size_t i = 0; i < path.size(); ++i) {
-        const bool isBeforeSeparator = i + 1 < path.size() && IsSeparator(path[i + 1]);
+        const bool isBeforeSeparator = i + 1 < path.size() && IsPathSeparator(path[i + 1]);
         switch (path[i]) {
             case TEXT('"'):
             case TEXT('*'):
@@ -90,7 +82,7 @@ bool NetworkNameExists(WStringView path, const WCHAR* terminated,
     found = {};
     found.dwFileAttributes = AttributesFromShell(information.dwAttributes);
     std::size_t start = path.size();
-    while (start > 0 && !IsSeparator(path[start - 1])) --start;
+    while (start > 0 && !IsPathSeparator(path[start - 1])) --start;
     constexpr std::size_t kMaxName = MAX_PATH - 1;
     const WStringView name = path.substr(start, kMaxName);
     std::copy(name.begin(), name.end(), found.cFileName);
@@ -114,7 +106,7 @@ bool PathExists(const WCHAR* path, WIN32_FIND_DATAW* found) noexcept {
     if (IsDriveRoot(text)) return DriveExists(path, record);
 
     const std::size_t whole = text.size();
-    while (!text.empty() && IsSeparator(text.back())) text = text.substr(0, text.size() - 1);
+    while (!text.empty() && IsPathSeparator(text.back())) text = text.substr(0, text.size() - 1);
     if (text.empty()) return false;
     WString trimmed;
     if (text.size() < whole) {
@@ -137,9 +129,9 @@ const WCHAR* ToLongPathForm(const WCHAR* path, WString& scratch, std::int64_t le
     if (rest.size() < kLongPathUnits || rest.starts_with(kLongForm)) return path;
     WString longForm;
     bool isBuilt = longForm.Append(kLongForm);
-    if (IsSeparator(rest[0])) {
+    if (IsPathSeparator(rest[0])) {
         isBuilt = isBuilt && longForm.Append(TEXT("UNC\\"));
-        rest = rest.substr(IsSeparator(rest[1]) ? 2 : 1);
+        rest = rest.substr(IsPathSeparator(rest[1]) ? 2 : 1);
     }
     const std::uint32_t start = longForm.Length();
     if (!isBuilt || !longForm.Append(rest)) return path;
@@ -175,6 +167,24 @@ Status CreateDirectoryTree(const WCHAR* path) noexcept {
         previous = i;
     }
     return kStatusOk;
+}
+
+bool ParentFolderOf(const WCHAR* path, WString& folder, std::int64_t length) noexcept {
+    WStringView text =
+        length < 0 ? WStringView(path) : WStringView(path, static_cast<std::size_t>(length));
+    while (!text.empty() && !IsPathSeparator(text.back())) text = text.substr(0, text.size() - 1);
+    if (folder.Assign(text)) return !text.empty();
+    folder.Free();
+    return false;
+}
+
+bool CombinePath(const WCHAR* name, const WCHAR* folder, WString& path) noexcept {
+    const auto orNull = [](const WCHAR* text) { return text && *text ? text : nullptr; };
+    WCHAR buffer[MAX_PATH + 1] = {};
+    const bool isCombined =
+        PathCombineW(buffer, orNull(folder), orNull(name)) && path.Assign(WStringView(buffer));
+    if (!isCombined) path.Free();
+    return isCombined && !path.IsEmpty();
 }
 
 }  // namespace AUX

@@ -35,4 +35,18 @@ inline constexpr std::uint32_t kLongPathUnits = 248;
 ///         kStatusInsufficientMemory; the first error that counts. What was made before it stays.
 [[nodiscard]] Status CreateDirectoryTree(const WCHAR* path) noexcept;
 
+/// Gives the path up to its last separator, that included: a path that ends in one is its own
+/// answer. \param folder  Empty when the result is false. It may own `path`.
+/// \param length  Characters of the path, or negative for a terminated one.
+/// \return false if the path has no separator or memory runs out.
+[[nodiscard]] bool ParentFolderOf(const WCHAR* path, WString& folder,
+                                  std::int64_t length = -1) noexcept;
+
+/// Puts a name behind a folder and resolves "." and ".." (PathCombineW). An absolute name stands
+/// for itself, one that begins with '\\' starts at the folder's root.
+/// \param path  Empty when the result is false. It may own an input.
+/// \return false if there is nothing to combine, the path would have 260 characters or more, or
+///         memory runs out.
+[[nodiscard]] bool CombinePath(const WCHAR* name, const WCHAR* folder, WString& path) noexcept;
+
 }  // namespace AUX

@@ -74,6 +74,36 @@ private:
     std::unique_ptr<State> state_;
 };
 
+/// What the shell was asked to open.
+struct ShellRequest {
+    const char* call;  // "ShellExecuteExW", "ShellExecuteW" or "SHOpenFolderAndSelectItems"
+    WideString verb;
+    WideString file;  // of the last call the folder
+    WideString parameters;
+    DWORD mask;                     // of ShellExecuteExW
+    std::vector<WideString> items;  // of SHOpenFolderAndSelectItems, their paths
+    HICON cursor;                   // the thread's cursor during the call
+};
+
+/// While it lives, what its thread asks the shell to open is noted and not opened. Made and ended
+/// on one thread; of several the newest answers. On Windows it sees the calls of the program
+/// itself, not of its modules.
+class ShellRecorder {
+public:
+    /// \param answers  Whether the first call, the second and so on succeed; later ones do.
+    explicit ShellRecorder(std::vector<bool> answers = {});
+    ~ShellRecorder();
+    ShellRecorder(const ShellRecorder&) = delete;
+    ShellRecorder& operator=(const ShellRecorder&) = delete;
+
+    [[nodiscard]] const std::vector<ShellRequest>& Requests() const;
+
+    struct State;
+
+private:
+    std::unique_ptr<State> state_;
+};
+
 /// Makes calls of the platform fail while it lives, on any thread. Several may live at a time.
 /// Without effect where kOwnsTheSystem is false.
 class InjectedFault {

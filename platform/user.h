@@ -1,6 +1,6 @@
 #pragma once
 
-/// Message boxes and windows as far as the command needs them.
+/// Message boxes, windows, cursors and the case of letters, as far as the code needs them.
 
 #include "platform/base.h"
 
@@ -18,5 +18,19 @@ inline constexpr int IDNO = 7;
 int MessageBoxW(HWND owner, LPCWSTR text, LPCWSTR caption, UINT type) noexcept;
 /// The active window of the calling thread, or null.
 HWND GetActiveWindow() noexcept;
+
+/// Turns a terminated text into capitals where it stands, or gives the capital of the single
+/// character that stands in place of the pointer.
+LPWSTR CharUpperW(LPWSTR text) noexcept;
+
+using HCURSOR = HICON;
+#define IDC_ARROW (reinterpret_cast<LPCWSTR>(UINT_PTR{32512}))
+#define IDC_WAIT (reinterpret_cast<LPCWSTR>(UINT_PTR{32514}))
+
+/// One of the system's cursors, by number (`module` null); there are no others here.
+/// \return null with ERROR_RESOURCE_NAME_NOT_FOUND.
+HCURSOR LoadCursorW(HINSTANCE module, LPCWSTR name) noexcept;
+/// Sets the calling thread's cursor, which nobody sees here. Null hides it. \return the old one.
+HCURSOR SetCursor(HCURSOR cursor) noexcept;
 
 #endif

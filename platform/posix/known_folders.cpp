@@ -37,6 +37,7 @@ FARPROC BuiltInFunction(WideView baseName, const char* name) noexcept {
     static const BuiltInExport kExports[] = {
         {"SHGetFolderPathW", reinterpret_cast<void*>(&SHGetFolderPathW)},
         {"SHGetKnownFolderPath", reinterpret_cast<void*>(&SHGetKnownFolderPath)},
+        {"SHOpenFolderAndSelectItems", reinterpret_cast<void*>(&SHOpenFolderAndSelectItems)},
     };
     if (!IsBuiltIn(baseName)) return nullptr;
     for (const BuiltInExport& row : kExports) {

@@ -24,9 +24,10 @@ DWORD FormatMessageA(DWORD flags, LPCVOID source, DWORD messageId, DWORD languag
                      DWORD size, std::va_list* arguments) noexcept;
 
 inline constexpr UINT CP_ACP = 0;
+inline constexpr UINT CP_THREAD_ACP = 3;
 
 /// Widens a text; what is not well-formed becomes U+FFFD.
-/// \param codePage    CP_ACP alone.
+/// \param codePage    CP_ACP or CP_THREAD_ACP, which are the same here.
 /// \param narrowSize  Bytes, above 0; or -1 for a text up to its terminator, which counts.
 /// \param wideSize    Units of the buffer; 0 only measures.
 /// \return the units; 0 with ERROR_INVALID_PARAMETER or ERROR_INSUFFICIENT_BUFFER.

@@ -55,7 +55,8 @@ INT MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR narrow, INT narrowSiz
                         INT wideSize) noexcept {
     using namespace platform;
     if (InjectFault("MultiByteToWideChar")) return 0;
-    if (codePage != CP_ACP || flags || !narrow || narrowSize == 0 || wideSize < 0) {
+    if ((codePage != CP_ACP && codePage != CP_THREAD_ACP) || flags || !narrow || narrowSize == 0 ||
+        wideSize < 0) {
         return Fail(ERROR_INVALID_PARAMETER);
     }
     const std::size_t bytes =

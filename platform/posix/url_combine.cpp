@@ -11,7 +11,6 @@ constexpr std::size_t kDriveUnits = 3;  // "/C:"
 
 /// The drive of a file address stays whatever the dots behind it say.
 void DropDotSegments(UrlParts& parts) {
-    if (FormOf(parts.scheme) == UrlForm::Opaque) return;
     const bool hasDrive = parts.scheme == TEXT("file") && BeginsWithDrive(parts.path);
     const std::size_t start = hasDrive ? kDriveUnits : 0;
     parts.path =
@@ -60,7 +59,7 @@ WideString Combined(WideView baseText, WideView relativeText) {
     const bool isOfSameScheme =
         relative.scheme == base.scheme && base.hasAuthority && !relative.hasAuthority;
     if (!relative.scheme.empty() && !isOfSameScheme) {
-        DropDotSegments(relative);
+        if (FormOf(relative.scheme) != UrlForm::Opaque) DropDotSegments(relative);
         return relative.Text();
     }
     if (!base.scheme.empty()) return Resolved(base, std::move(relative)).Text();
