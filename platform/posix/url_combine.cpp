@@ -15,6 +15,8 @@ void DropDotSegments(UrlParts& parts) {
     const std::size_t start = hasDrive ? kDriveUnits : 0;
     parts.path =
         parts.path.substr(0, start) + WithoutDotSegments(WideView(parts.path).substr(start));
+    // A drive that has come to the front stands behind an empty authority, as it does elsewhere.
+    if (parts.scheme == TEXT("file") && BeginsWithDrive(parts.path)) parts.hasAuthority = true;
 }
 
 /// RFC 3986, section 5.2.3.

@@ -50,19 +50,20 @@ bool BeginsWithDriveName(WideView text) {
 /// Brings the many ways to write a file address to one: drives stand in the path, behind an empty
 /// authority; the servers of network paths are the authority.
 void SettleFileParts(UrlParts& parts) {
+    const bool isNetwork = parts.hasAuthority && parts.authority.empty() &&
+                           WideView(parts.path).substr(0, 2) == TEXT("//");
+    if (isNetwork) {
+        const std::size_t start = std::min(parts.path.find_first_not_of('/'), parts.path.size());
+        const std::size_t end = std::min(parts.path.find('/', start), parts.path.size());
+        parts.authority = parts.path.substr(start, end - start);
+        parts.path.erase(0, end);
+    }
     if (BeginsWithDriveName(parts.authority)) {
         parts.path.insert(0, TEXT("/") + parts.authority);
         parts.authority.clear();
     }
     if (BeginsWithDriveName(parts.path)) parts.path.insert(0, TEXT("/"));
     if (BeginsWithDrive(parts.path)) parts.hasAuthority = true;
-    const bool isNetwork = parts.hasAuthority && parts.authority.empty() &&
-                           WideView(parts.path).substr(0, 2) == TEXT("//");
-    if (!isNetwork) return;
-    const std::size_t start = std::min(parts.path.find_first_not_of('/'), parts.path.size());
-    const std::size_t end = std::min(parts.path.find('/', start), parts.path.size());
-    parts.authority = parts.path.substr(start, end - start);
-    parts.path.erase(0, end);
 }
 
 }  // namespace
@@ -186,6 +187,10 @@ WideString UrlParts::Text() const {
                  5);
     if (!scheme.empty()) text.append(scheme).append(TEXT(":"));
     if (hasAuthority) text.append(TEXT("//")).append(authority);
+    // Else the path would pass for a host, or in a file address for a server.
+    const bool isPath = FormOf(scheme) != UrlForm::Opaque && path.starts_with(TEXT("//"));
+    const bool isExposed = !hasAuthority || (scheme == TEXT("file") && authority.empty());
+    if (!scheme.empty() && isPath && isExposed) text += TEXT("/.");
     text += path;
     if (hasQuery) text.append(TEXT("?")).append(query);
     if (hasFragment) text.append(TEXT("#")).append(fragment);
