@@ -98,9 +98,12 @@ std::u16string Grow(std::size_t bytes, std::u16string (*piece)(std::mt19937&, st
     return text;
 }
 
+// One entry of an index: a link for 130 characters.
 std::u16string Link(std::mt19937& random, std::size_t n) {
-    return u"<li><a href=\"page-" + Number(random() % 100000) + u".html\">Page " + Number(n) +
-           u"</a></li>\n";
+    const std::u16string number = Number(random() % 100000);
+    return u"<li class=\"index__entry\"><a href=\"articles/" + number +
+           u".html\" title=\"Article " + number + u"\">Article " + number + u"</a> " +
+           Words(random, 20 + n % 30) + u"</li>\n";
 }
 
 std::u16string Rules(std::mt19937& random, std::size_t n) {

@@ -16,13 +16,13 @@ struct TagPlace {
     const WCHAR* close = nullptr;  ///< The tag's '>'; null for a comment.
 };
 
-/// Two characters at a distance. A fold of 0x20 finds a small letter in both cases, one of 0 a
-/// character as it is.
+/// Two printable ASCII characters at a distance. A fold of 0x20 finds a small letter in both cases,
+/// one of 0 a character as it is.
 struct CharacterPair {
-    WCHAR first;
-    WCHAR firstFold;
-    WCHAR second;
-    WCHAR secondFold;
+    char first;
+    char firstFold;
+    char second;
+    char secondFold;
     std::size_t distance;
 };
 

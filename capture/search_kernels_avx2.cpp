@@ -12,7 +12,6 @@ Units Load(const WCHAR* text) noexcept {
 __m128i LoadHalf(const WCHAR* text) noexcept {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
 }
-Units All(int unit) noexcept { return _mm256_set1_epi16(static_cast<short>(unit)); }
 Units AllBytes(char byte) noexcept { return _mm256_set1_epi8(byte); }
 
 // Packing works on halves; the permutation brings the quarters back into order.
@@ -57,19 +56,21 @@ struct Avx2 {
     }
 
     static Mask ReadPair(const WCHAR* block, const CharacterPair& pair) noexcept {
+        // Of 32 characters, in the order of packing. What is no ASCII becomes 0 or 255.
         const auto compare = [&](const WCHAR* text) {
-            const Units first = _mm256_or_si256(Load(text), All(pair.firstFold));
-            const Units second = _mm256_or_si256(Load(text + pair.distance), All(pair.secondFold));
-            return _mm256_and_si256(_mm256_cmpeq_epi16(first, All(pair.first)),
-                                    _mm256_cmpeq_epi16(second, All(pair.second)));
+            const WCHAR* const behind = text + pair.distance;
+            const Units first = _mm256_packus_epi16(Load(text), Load(text + 16));
+            const Units second = _mm256_packus_epi16(Load(behind), Load(behind + 16));
+            return _mm256_and_si256(
+                _mm256_cmpeq_epi8(_mm256_or_si256(first, AllBytes(pair.firstFold)),
+                                  AllBytes(pair.first)),
+                _mm256_cmpeq_epi8(_mm256_or_si256(second, AllBytes(pair.secondFold)),
+                                  AllBytes(pair.second)));
         };
-        const Units a = compare(block);
-        const Units b = compare(block + 16);
-        const Units c = compare(block + 32);
-        const Units d = compare(block + 48);
-        const Units any = _mm256_or_si256(_mm256_or_si256(a, b), _mm256_or_si256(c, d));
-        if (_mm256_testz_si256(any, any)) return 0;
-        return MaskOf(InOrder(_mm256_packs_epi16(a, b)), InOrder(_mm256_packs_epi16(c, d)));
+        const Units low = compare(block);
+        const Units high = compare(block + 32);
+        const Units any = _mm256_or_si256(low, high);
+        return _mm256_testz_si256(any, any) ? 0 : MaskOf(InOrder(low), InOrder(high));
     }
 
     static unsigned ReadUnit(const WCHAR* first, const WCHAR* second, WCHAR unit) noexcept {

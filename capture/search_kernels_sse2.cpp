@@ -40,15 +40,16 @@ struct Sse2 {
     }
 
     static Mask ReadPair(const WCHAR* block, const CharacterPair& pair) noexcept {
-        const auto compare = [&](const WCHAR* text) {
-            const Units first = _mm_or_si128(Load(text), All(pair.firstFold));
-            const Units second = _mm_or_si128(Load(text + pair.distance), All(pair.secondFold));
-            return _mm_and_si128(_mm_cmpeq_epi16(first, All(pair.first)),
-                                 _mm_cmpeq_epi16(second, All(pair.second)));
-        };
         Mask mask = 0;
         for (int at = 0; at < kBlock; at += 16) {
-            const Units found = _mm_packs_epi16(compare(block + at), compare(block + at + 8));
+            const WCHAR* const text = block + at;
+            const WCHAR* const behind = text + pair.distance;
+            const Units first = _mm_packus_epi16(Load(text), Load(text + 8));
+            const Units second = _mm_packus_epi16(Load(behind), Load(behind + 8));
+            const Units found = _mm_and_si128(
+                _mm_cmpeq_epi8(_mm_or_si128(first, AllBytes(pair.firstFold)), AllBytes(pair.first)),
+                _mm_cmpeq_epi8(_mm_or_si128(second, AllBytes(pair.secondFold)),
+                               AllBytes(pair.second)));
             mask |= Mask{static_cast<unsigned>(_mm_movemask_epi8(found))} << at;
         }
         return mask;

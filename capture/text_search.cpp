@@ -6,9 +6,7 @@
 
 namespace {
 
-constexpr WCHAR Fold(WCHAR unit) noexcept {
-    return unit >= TEXT('a') && unit <= TEXT('z') ? WCHAR{0x20} : WCHAR{0};
-}
+constexpr char Fold(char unit) noexcept { return unit >= 'a' && unit <= 'z' ? 0x20 : 0; }
 
 }  // namespace
 
@@ -19,8 +17,8 @@ bool StartsIgnoringCase(const WCHAR* at, const WCHAR* end, AUX::WStringView pref
 }
 
 const WCHAR* FindText(const SearchText& sought, const WCHAR* from, const WCHAR* end) noexcept {
-    const WCHAR first = sought.text.front();
-    const WCHAR second = sought.text[sought.distance];
+    const char first = static_cast<char>(sought.text.front());
+    const char second = static_cast<char>(sought.text[sought.distance]);
     const CharacterPair pair = {first, Fold(first), second, Fold(second), sought.distance};
     const SearchKernels& kernels = FastestKernels();
     for (; (from = kernels.findPair(from, end, pair)); ++from) {
