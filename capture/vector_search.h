@@ -2,6 +2,7 @@
 
 #include <bit>
 #include <cstring>
+#include <xmmintrin.h>
 
 #include "capture/search_kernels.h"
 #include "capture/tag_start.h"
@@ -25,6 +26,15 @@ struct TagMasks {
     Mask y;       ///< In both cases, as the next one.
     Mask l;
 };
+
+// Has the processor fetch the text some blocks further on, where its own reading ahead ends with
+// each page of memory. That may lie behind the text: then nothing happens.
+void ReadAhead(const WCHAR* block) noexcept {
+    constexpr std::uintptr_t kLine = 64;  // bytes
+    const std::uintptr_t ahead = reinterpret_cast<std::uintptr_t>(block) + 32 * kLine;
+    _mm_prefetch(reinterpret_cast<const char*>(ahead), _MM_HINT_T0);
+    _mm_prefetch(reinterpret_cast<const char*>(ahead + kLine), _MM_HINT_T0);
+}
 
 // A short text with zeros behind it, so that a whole block can be read.
 class PaddedBlock {
@@ -53,6 +63,7 @@ public:
         const WCHAR* next = from;
         for (const WCHAR* block = from; block != end; block = next) {
             next = end - block > kBlock ? block + kBlock : end;
+            ReadAhead(block);
             const TagMasks masks =
                 Vector::ReadTags(end - block >= kBlock ? block : rest.Fill(block, end));
             // The addition carries a bit from each '<' through all that follows to the next '>'. A
@@ -90,6 +101,7 @@ public:
                                  const CharacterPair& pair) noexcept {
         const std::ptrdiff_t reach = kBlock + static_cast<std::ptrdiff_t>(pair.distance);
         for (; end - from >= reach; from += kBlock) {
+            ReadAhead(from);
             if (const Mask mask = Vector::ReadPair(from, pair)) {
                 return from + std::countr_zero(mask);
             }
