@@ -2,10 +2,11 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "host/address.h"
-#include "host/document_model.h"
+#include "host/page_document.h"
 
 namespace host {
 
@@ -19,15 +20,15 @@ struct LoadRequest {
     std::function<void(const std::string&)> warning;
 };
 
-/// Where pages come from. One page at a time, on the thread of the caller; what a backend started
-/// for a page (a browser, a folder) ends with the backend.
+/// Where pages come from, on the thread of the caller. What a backend started for a page (a
+/// browser, a folder) ends with the last reference to the page.
 class Backend {
 public:
     virtual ~Backend() = default;
 
     /// Loads a page. \return false, and a sentence for the user in `error`, when there is no such
-    /// page or it could not be loaded in time; `document` is then unspecified.
-    [[nodiscard]] virtual bool Load(const LoadRequest& request, DocumentModel& document,
+    /// page or it could not be loaded in time; `page` is then unspecified.
+    [[nodiscard]] virtual bool Load(const LoadRequest& request, std::shared_ptr<PageDocument>& page,
                                     std::string& error) = 0;
 };
 

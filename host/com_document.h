@@ -2,27 +2,29 @@
 
 #include <memory>
 
-#include "host/document_model.h"
+#include "host/page_document.h"
 #include "platform/com_object.h"
 #include "platform/html_defaults.h"
 
 namespace host {
 
-/// The document interfaces over a loaded page. Shares the page, which no one changes any more.
+/// The document interfaces over one document of a loaded page, which it shares.
 class Document final : public platform::ComObject<platform::NotImplemented<IHTMLDocument2>,
                                                   platform::NotImplemented<IHTMLDocument3>> {
 public:
-    explicit Document(std::shared_ptr<const DocumentModel> model) noexcept;
+    explicit Document(std::shared_ptr<PageDocument> page) noexcept;
 
+    HRESULT STDMETHODCALLTYPE get_all(IHTMLElementCollection** elements) noexcept override;
     HRESULT STDMETHODCALLTYPE get_body(IHTMLElement** body) noexcept override;
     HRESULT STDMETHODCALLTYPE get_title(BSTR* title) noexcept override;
+    HRESULT STDMETHODCALLTYPE get_selection(IHTMLSelectionObject** selection) noexcept override;
+    HRESULT STDMETHODCALLTYPE get_frames(IHTMLFramesCollection2** frames) noexcept override;
+    HRESULT STDMETHODCALLTYPE
+    get_styleSheets(IHTMLStyleSheetsCollection** sheets) noexcept override;
     HRESULT STDMETHODCALLTYPE get_documentElement(IHTMLElement** root) noexcept override;
 
 private:
-    std::shared_ptr<const DocumentModel> model_;
+    std::shared_ptr<PageDocument> page_;
 };
-
-/// A text for a caller who frees it. \return E_POINTER, E_OUTOFMEMORY.
-HRESULT GiveText(const platform::WideString& text, BSTR* result) noexcept;
 
 }  // namespace host

@@ -4,6 +4,8 @@
 #include <array>
 #include <optional>
 
+#include "host/markup_scanner.h"
+
 namespace host {
 namespace {
 
@@ -49,11 +51,6 @@ constexpr NamedReference kOtherNames[] = {
     {"rsaquo", 0x203A}, {"euro", 0x20AC},  {"trade", 0x2122},  {"larr", 0x2190},
     {"rarr", 0x2192},   {"minus", 0x2212}, {"OElig", 0x152},   {"oelig", 0x153},
     {"Scaron", 0x160},  {"scaron", 0x161}, {"Yuml", 0x178}};
-
-bool IsBlank(WCHAR c) { return c == ' ' || (c >= 9 && c <= 13); }
-bool IsLetter(WCHAR c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-bool IsDigit(WCHAR c) { return c >= '0' && c <= '9'; }
-WCHAR LowerOf(WCHAR c) { return c >= 'A' && c <= 'Z' ? static_cast<WCHAR>(c + 32) : c; }
 
 char32_t FromWindows1252(char32_t point) {
     return point >= 0x80 && point < 0xA0 ? kWindows1252[point - 0x80] : point;
@@ -117,104 +114,6 @@ std::size_t TakeReference(WideView text, WideString& out) {
     return end < text.size() && text[end] == ';' ? end + 1 : end;
 }
 
-WideString CollapseBlanks(WideView text) {
-    WideString out;
-    bool gap = false;
-    for (const WCHAR c : text) {
-        if (IsBlank(c)) {
-            gap = !out.empty();
-            continue;
-        }
-        if (gap) out.push_back(' ');
-        gap = false;
-        out.push_back(c);
-    }
-    return out;
-}
-
-/// Walks markup: texts and tags in turn. Comments are passed over; a cut-off tag ends the walk.
-class Scanner {
-public:
-    explicit Scanner(WideView markup) : rest_(markup) {}
-
-    /// Steps to the next tag. \return false at the end; `text` is what lay before either way.
-    bool Next(WideView& text, WideString& name, WideView& tag) {
-        std::size_t open = rest_.find('<');
-        while (open != WideView::npos && !IsTagAt(open)) open = rest_.find('<', open + 1);
-        text = rest_.substr(0, open);
-        if (open == WideView::npos) return Stop();
-        rest_.remove_prefix(open);
-        if (rest_.starts_with(TEXT("<!--"))) {
-            const std::size_t close = rest_.find(TEXT("-->"), 4);
-            if (close == WideView::npos) return Stop();
-            rest_.remove_prefix(close + 3);
-            name.clear();
-            tag = {};
-            return true;
-        }
-        name.clear();
-        std::size_t i = 1;
-        if (i < rest_.size() && rest_[i] == '/') name.push_back(rest_[i++]);
-        while (i < rest_.size() && (IsLetter(rest_[i]) || IsDigit(rest_[i]))) {
-            name.push_back(LowerOf(rest_[i++]));
-        }
-        const std::size_t close = EndOfTag(i);
-        if (close == WideView::npos) return Stop();
-        tag = rest_.substr(0, close);
-        rest_.remove_prefix(close);
-        return true;
-    }
-
-    /// Takes all up to the end tag `name`, tags inside it too, as a browser does for a title.
-    WideView TakeRaw(WideView name) {
-        for (std::size_t at = 0; at < rest_.size(); ++at) {
-            at = rest_.find(TEXT("</"), at);
-            if (at == WideView::npos) break;
-            const WideView found = rest_.substr(at + 2, name.size());
-            if (found.size() == name.size() &&
-                std::equal(found.begin(), found.end(), name.begin(),
-                           [](WCHAR a, WCHAR b) { return LowerOf(a) == b; })) {
-                const WideView raw = rest_.substr(0, at);
-                rest_.remove_prefix(at);
-                return raw;
-            }
-        }
-        const WideView raw = rest_;
-        rest_ = {};
-        return raw;
-    }
-
-private:
-    bool Stop() {
-        rest_ = {};
-        return false;
-    }
-
-    /// Whether the '<' there opens a tag or a comment; in "1 < 2" it is text.
-    bool IsTagAt(std::size_t open) const {
-        const WCHAR next = open + 1 < rest_.size() ? rest_[open + 1] : WCHAR{0};
-        return IsLetter(next) || next == '/' || next == '!' || next == '?';
-    }
-
-    /// Behind the '>' that ends the tag; one in a quoted value does not count.
-    std::size_t EndOfTag(std::size_t i) const {
-        WCHAR quote = 0;
-        for (; i < rest_.size(); ++i) {
-            const WCHAR c = rest_[i];
-            if (quote) {
-                if (c == quote) quote = 0;
-            } else if (c == '"' || c == '\'') {
-                quote = c;
-            } else if (c == '>') {
-                return i + 1;
-            }
-        }
-        return WideView::npos;
-    }
-
-    WideView rest_;
-};
-
 /// The value of <meta name="page-height" content="N">, 0 if the tag is another one.
 LONG HeightOfMeta(WideView tag) {
     WideString lower(tag);
@@ -253,9 +152,24 @@ WideString DecodeReferences(WideView text) {
     return out;
 }
 
+WideString CollapseBlanks(WideView text) {
+    WideString out;
+    bool gap = false;
+    for (const WCHAR c : text) {
+        if (IsBlank(c)) {
+            gap = !out.empty();
+            continue;
+        }
+        if (gap) out.push_back(' ');
+        gap = false;
+        out.push_back(c);
+    }
+    return out;
+}
+
 HtmlFacts ReadHtmlFacts(WideView markup) {
     HtmlFacts facts;
-    Scanner scanner(markup);
+    MarkupScanner scanner(markup);
     WideView text;
     WideView tag;
     WideString name;

@@ -24,4 +24,7 @@ platform::WideString DecodeFileText(std::string_view bytes);
 /// What is no reference stays as it is.
 platform::WideString DecodeReferences(platform::WideView text);
 
+/// One blank for each run of blanks, none at the ends.
+platform::WideString CollapseBlanks(platform::WideView text);
+
 }  // namespace host

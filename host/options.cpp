@@ -24,7 +24,8 @@ constexpr char kMore[] =
     "  1    the command ended before: cancelled, nothing selected, converter missing or not\n"
     "       started, or the job could not be stored\n"
     "  2    wrong options\n"
-    "  3    the page cannot be loaded (no such page, no browser, no time)\n"
+    "  3    the page cannot be loaded (no such page, no browser, no time), or has nothing that\n"
+    "       --select names\n"
     "  4    the add-in cannot be loaded\n"
     "  5    the converter failed or was killed (--wait)\n"
     "  6    the converter has not ended in time and goes on (--wait)\n"
@@ -55,7 +56,17 @@ std::optional<ExitCode> ParseOptions(const std::vector<std::string>& arguments, 
     app.add_option("-o,--output", options.output,
                    "Where the PDF goes, instead of asking; an existing file is replaced")
         ->type_name("FILE");
-    app.add_flag("--selection", options.selection, "Convert the selected part of the page");
+    app.add_flag("--selection", options.selection,
+                 "Convert the selected part of the page, whatever its scripts have selected");
+    app.add_option("--select", options.select,
+                   "Select the first element that matches, and convert the selection; the text "
+                   "backend takes NAME, #ID and .CLASS")
+        ->type_name("SELECTOR");
+    app.add_option("--frame", options.frame,
+                   "Select in a frame: its number from 0, behind those of the frames around it")
+        ->delimiter('/')
+        ->allow_extra_args(false)
+        ->type_name("N[/N...]");
     app.add_flag("--protected", options.isProtected,
                  "Be a browser in Protected Mode: the add-in asks for no file, the converter does");
     app.add_option("--profile", options.profile,
@@ -86,6 +97,10 @@ std::optional<ExitCode> ParseOptions(const std::vector<std::string>& arguments, 
         if (options.pageHeight > 0 && options.backend != BackendKind::Text) {
             throw CLI::ValidationError("--page-height", "only for --backend text");
         }
+        if (!options.frame.empty() && !options.select) {
+            throw CLI::ValidationError("--frame", "only with --select");
+        }
+        options.selection = options.selection || options.select;
     } catch (const CLI::ParseError& error) {
         return app.exit(error, out, err) == 0 ? ExitCode::Ok : ExitCode::Usage;
     }

@@ -20,6 +20,8 @@ struct Options {
     std::optional<std::string> profile;
     BackendKind backend = BackendKind::Text;
     bool selection = false;
+    std::optional<std::string> select;  // a CSS selector of what is selected first
+    std::vector<std::size_t> frame;     // where it is selected: indexes of frames, outermost first
     bool isProtected = false;
     bool wait = false;
     bool verbose = false;

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "host/addin.h"
 #include "host/backend_choice.h"
@@ -84,22 +85,35 @@ private:
 
     bool LoadPage() {
         const std::unique_ptr<Backend> backend = MakeBackend(options_);
-        auto model = std::make_shared<DocumentModel>();
         LoadRequest request{address_, options_.timeout, {}, {}};
         request.progress = [this](const std::string& what) { progress_.Step(what); };
         request.warning = [this](const std::string& what) { progress_.Say("warning: " + what); };
         try {
-            if (!backend->Load(request, *model, error_)) return false;
+            if (!backend->Load(request, page_, error_)) return false;
+            return Select();
         } catch (const std::exception& failure) {  // The page needs more memory than there is.
             error_ = std::string("the page cannot be loaded: ") + failure.what();
             return false;
         }
-        model_ = std::move(model);
-        return true;
+    }
+
+    /// Does what a user would do with the mouse before pressing the button.
+    bool Select() {
+        if (!options_.select) return true;
+        std::shared_ptr<PageDocument> document = page_;
+        for (const std::size_t index : options_.frame) {
+            std::vector<std::shared_ptr<PageDocument>> frames;
+            if (!document->Frames(frames) || index >= frames.size() || !frames[index]) {
+                error_ = "the page has no frame " + std::to_string(index) + " that it may reach";
+                return false;
+            }
+            document = frames[index];
+        }
+        return document->Select(*options_.select, error_);
     }
 
     ExitCode Press() {
-        const auto browser = platform::MakeObject<Browser>(model_);
+        const auto browser = platform::MakeObject<Browser>(page_);
         platform::ComPtr<IAddinBand> band;
         if (!browser || !addin_.MakeBand(browser.Get(), nullptr, band, error_)) {
             return Fail(ExitCode::NoAddin);
@@ -117,6 +131,9 @@ private:
         }
         progress_.Step("starting the converter");
         if (Command(*band.Get()) != 0) return Fail(ExitCode::CommandEnded);
+        // The page's browser need not run beside the converter's.
+        browser->ClosePage();
+        page_.reset();
         // The job's memory lasts as long as the band.
         if (options_.wait) {
             progress_.Step("converting");
@@ -157,7 +174,7 @@ private:
     // In this order: what a module made ends before the module.
     platform::ModuleHandle ieframe_;
     Addin addin_;
-    std::shared_ptr<const DocumentModel> model_;
+    std::shared_ptr<PageDocument> page_;
 };
 
 }  // namespace

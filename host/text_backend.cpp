@@ -2,9 +2,11 @@
 
 #include <cstdint>
 #include <fstream>
+#include <utility>
 
 #include "host/html_text.h"
 #include "host/system.h"
+#include "host/text_document.h"
 
 namespace host {
 namespace {
@@ -38,20 +40,33 @@ bool ReadFile(const std::filesystem::path& path, std::string& bytes, std::string
     return true;
 }
 
+std::optional<platform::WideString> ReadAddress(const platform::WideString& url) {
+    PageAddress address;
+    std::string bytes;
+    std::string error;
+    // Anything else might be taken for a relative path.
+    if (!url.starts_with(TEXT("file:")) ||
+        !ParsePageAddress(platform::ToUtf8(url), address, error) || !address.IsFile() ||
+        !ReadFile(address.file, bytes, error)) {
+        return std::nullopt;
+    }
+    return DecodeFileText(bytes);
+}
+
 }  // namespace
 
-bool TextBackend::Load(const LoadRequest& request, DocumentModel& document, std::string& error) {
+bool TextBackend::Load(const LoadRequest& request, std::shared_ptr<PageDocument>& page,
+                       std::string& error) {
     if (!request.address.IsFile()) {
         error = "the text backend loads files only, not " + request.address.url;
         return false;
     }
     std::string bytes;
     if (!ReadFile(request.address.file, bytes, error)) return false;
-    document = {};
-    document.url = platform::FromUtf8(request.address.url);
-    HtmlFacts facts = ReadHtmlFacts(DecodeFileText(bytes));
-    document.title = std::move(facts.title);
-    document.rootHeight = document.bodyHeight = height_ > 0 ? height_ : facts.height;
+    platform::WideString markup = DecodeFileText(bytes);
+    const LONG height = height_ > 0 ? height_ : ReadHtmlFacts(markup).height;
+    page = std::make_shared<TextDocument>(platform::FromUtf8(request.address.url),
+                                          std::move(markup), height, ReadAddress);
     return true;
 }
 

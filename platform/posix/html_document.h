@@ -61,6 +61,13 @@ struct IHTMLTxtRange : IDispatch {
 QVD_INTERFACE_ID(IHTMLTxtRange, 0x3050F220, 0x98B5, 0x11CF,
                  {0xBB, 0x82, 0x00, 0xAA, 0x00, 0xBD, 0xCE, 0x0B});
 
+/// Selected controls; nothing of it is called.
+struct IHTMLControlRange : IDispatch {
+    // Its operations are not declared.
+};
+QVD_INTERFACE_ID(IHTMLControlRange, 0x3050F29C, 0x98B5, 0x11CF,
+                 {0xBB, 0x82, 0x00, 0xAA, 0x00, 0xBD, 0xCE, 0x0B});
+
 /// The style sheets that the document names, without those that these import.
 struct IHTMLStyleSheetsCollection : IDispatch {
     virtual HRESULT STDMETHODCALLTYPE get_length(LONG* length) = 0;

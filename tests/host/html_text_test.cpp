@@ -118,10 +118,9 @@ TEST(TextBackend, SaysWhatIsNoPage) {
     const PageAddress cases[] = {
         {"file:///missing.html", here / "missing.html"}, {"file:///", here}, {"http://a/", {}}};
     for (const PageAddress& address : cases) {
-        DocumentModel document;
+        std::shared_ptr<PageDocument> page;
         std::string error;
-        EXPECT_FALSE(
-            TextBackend().Load({address, std::chrono::seconds(1), {}, {}}, document, error));
+        EXPECT_FALSE(TextBackend().Load({address, std::chrono::seconds(1), {}, {}}, page, error));
         EXPECT_FALSE(error.empty()) << address.url;
     }
 }
