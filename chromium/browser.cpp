@@ -20,9 +20,11 @@ std::string Seconds(Milliseconds limit) {
     return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " s";
 }
 
-std::vector<std::string> FlagsFor(Scripts scripts) {
-    if (scripts == Scripts::On) return {};
-    return {"--blink-settings=scriptEnabled=false"};
+std::vector<std::string> FlagsFor(const LaunchOptions& options) {
+    std::vector<std::string> flags;
+    if (options.scripts == Scripts::Off) flags.push_back("--blink-settings=scriptEnabled=false");
+    if (options.sites == Sites::AsOne) flags.push_back("--disable-web-security");
+    return flags;
 }
 
 }  // namespace
@@ -33,7 +35,7 @@ Result<std::unique_ptr<Browser>> Browser::Launch(const LaunchOptions& options) {
     int readEnd = -1;
     int writeEnd = -1;
     Result<BrowserProcess> process =
-        BrowserProcess::Start(*program, FlagsFor(options.scripts), readEnd, writeEnd);
+        BrowserProcess::Start(*program, FlagsFor(options), readEnd, writeEnd);
     if (!process) return process.GetError();
     std::unique_ptr<Browser> browser(
         new Browser(std::make_unique<BrowserProcess>(std::move(*process)),

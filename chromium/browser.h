@@ -27,6 +27,11 @@ inline constexpr Milliseconds kCallLimit{30'000};
 /// Off: no script of any page runs, in no frame. Our own `Page::Evaluate` does.
 enum class Scripts { On, Off };
 
+/// AsOne: a page may use the fonts and style sheets of any site, as if they were its own, which a
+/// copy of the page that lies elsewhere needs. Only for pages whose scripts are off, and behind a
+/// request filter: it also lifts the browser's own rule against local files in pages of the web.
+enum class Sites { Apart, AsOne };
+
 struct LaunchOptions {
     /// The browser's program; empty: the environment's QUVADA_CHROMIUM, then the places where
     /// Debian puts `chromium-headless-shell` and `chromium`.
@@ -34,6 +39,7 @@ struct LaunchOptions {
     /// For the whole browser: set for each page, it would reach the frames of other sites too late
     /// now and then.
     Scripts scripts = Scripts::On;
+    Sites sites = Sites::Apart;
     /// Time until the browser must answer its first call.
     Milliseconds startLimit{30'000};
     /// When it becomes true, every wait ends soon with an error. Borrowed; may be null. A signal

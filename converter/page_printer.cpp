@@ -79,6 +79,8 @@ Result<std::string> PrintPage(SourceDocument document, const CommandLine& line,
     chromium::LaunchOptions launch;
     launch.cancel = around.cancel;
     launch.scripts = chromium::Scripts::Off;
+    // A copy takes the fonts of the site that it was taken from.
+    launch.sites = chromium::Sites::AsOne;
     const auto browser = Browser::Launch(launch);
     if (!browser) return browser.GetError();
     std::string mainFrame;

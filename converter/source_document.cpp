@@ -1,6 +1,7 @@
 #include "converter/source_document.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <utility>
@@ -16,6 +17,9 @@ using platform::ToUtf8;
 
 // A name that no resolver knows (RFC 2606), for a selection whose page has no address of the web.
 constexpr const char* kNoAddress = "http://selection.invalid/";
+// Where a captured page is served that names nothing of this machine, so that it is a page of the
+// web to the browser: that shows no frame of the web in the prints of local pages.
+constexpr const char* kCopy = "http://copy.invalid/";
 // Where the style sheets of a captured page are served: the browser takes no style sheet from a
 // local file whose name does not end in ".css".
 constexpr std::string_view kSheets = "http://sheets.invalid/";
@@ -114,6 +118,25 @@ std::string RedirectSheets(std::string_view text, std::string_view folderName) {
     return out;
 }
 
+/// Takes back that the sheets which are served here must have the bytes of the original: a copy has
+/// other addresses in it.
+void DropIntegrity(std::string& markup) {
+    constexpr std::string_view kAttribute = " integrity=";
+    constexpr std::string_view kNoAttribute = " data-hash=";
+    static_assert(kAttribute.size() == kNoAttribute.size());
+    for (std::size_t at = markup.find(kSheets); at != std::string::npos;
+         at = markup.find(kSheets, at + 1)) {
+        const std::size_t least = at - std::min(at, kLongestUrl);
+        std::string_view tag = std::string_view(markup).substr(least, at + kLongestUrl - least);
+        const std::size_t open = tag.rfind('<', at - least);
+        if (open == std::string_view::npos) continue;
+        tag = tag.substr(0, tag.find('>', at - least));
+        const std::size_t found = tag.find(kAttribute, open);
+        if (found == std::string_view::npos) continue;
+        markup.replace(least + found, kNoAttribute.size(), kNoAttribute);
+    }
+}
+
 }  // namespace
 
 std::string DropNoscript(std::string_view markup) {
@@ -191,10 +214,32 @@ Outcome SourceDocument::UseCapture(const Item& item) {
     folder_ = RealPath(stem + "_files");
     if (folder_.empty()) folder_ = RealPath(stem + ".files");
     body_ = DropNoscript(ReadFile(path));
-    if (folder_.empty()) return Done{};
-    hasSheets_ = true;
-    body_ = RedirectSheets(*body_, NameOf(folder_));
+    if (!folder_.empty()) {
+        hasSheets_ = true;
+        body_ = RedirectSheets(*body_, NameOf(folder_));
+        DropIntegrity(*body_);
+    }
+    if (!NamesLocalFiles()) {
+        local_ = false;
+        url_ = kCopy;
+    }
     return Done{};
+}
+
+/// Whether the captured page or one of its sheets has the address of a file that is not its own, as
+/// copies of local pages do.
+bool SourceDocument::NamesLocalFiles() const {
+    const auto names = [](std::string_view text) {
+        return text.find("file:/") != std::string_view::npos;
+    };
+    if (names(*body_)) return true;
+    std::error_code code;
+    for (const auto& entry : std::filesystem::directory_iterator(folder_, code)) {
+        const std::string path = entry.path().string();
+        if (IsRegularFile(path) && names(RedirectSheets(ReadFile(path), NameOf(folder_))))
+            return true;
+    }
+    return false;
 }
 
 Outcome SourceDocument::UseAddress(const std::string& source) {

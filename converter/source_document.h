@@ -14,8 +14,9 @@ namespace converter {
 /// What comes from the web may not reach into this machine: a page at a web address loads nothing
 /// local. A local page, also a captured one, loads images, style sheets and fonts from anywhere,
 /// but frames only from its own folder tree (for a captured page: from the folder that was captured
-/// with it), since a frame would show the text of any file. Scripts, plug-ins and background
-/// requests are refused to all.
+/// with it), since a frame would show the text of any file. A captured page that names no local
+/// file but its own sheets is a page of the web. Scripts, plug-ins and background requests are
+/// refused to all.
 class SourceDocument {
 public:
     /// \return an error when the item has no source that can be loaded.
@@ -34,6 +35,7 @@ private:
     Outcome UseSelection(const Item& item, const platform::WideString& title);
     Outcome UseCapture(const Item& item);
     Outcome UseAddress(const std::string& source);
+    [[nodiscard]] bool NamesLocalFiles() const;
     chromium::Answer DecideLocal(const chromium::Request& request) const;
     chromium::Answer ServeSheet(const chromium::Request& request) const;
 

@@ -29,7 +29,7 @@ protected:
         Write("t/qvd_1a_files/c1.tmp",
               "@import url(file://" + (root_ / "t/qvd_1a_files/c2.tmp").string() + ");");
         Write("t/qvd_1a.html", "<link href=\"file://" + (root_ / "t/qvd_1a_files/c1.tmp").string() +
-                                   "\"><noscript>no</noscript>text");
+                                   "\" integrity=\"x\"><noscript>no</noscript>text");
     }
     ~SourceDocumentTest() override { fs::remove_all(root_); }
 
@@ -118,7 +118,7 @@ TEST_F(SourceDocumentTest, ServesACapturedPageWithItsSheets) {
     SourceDocument document = Make(item);
     const chromium::Answer page = document.Decide({document.Url(), "Document", kMain}, kMain);
     ASSERT_EQ(page.kind, Kind::Serve);
-    EXPECT_EQ(page.body, "<link href=\"http://sheets.invalid/c1.tmp\">text");
+    EXPECT_EQ(page.body, "<link href=\"http://sheets.invalid/c1.tmp\" data-hash=\"x\">text");
     EXPECT_EQ(page.headers[1].first, "Content-Security-Policy");
     EXPECT_EQ(document.Decide({document.Url(), "Document", kMain}, kMain).kind, Kind::Refuse);
     const chromium::Answer sheet =
@@ -128,7 +128,14 @@ TEST_F(SourceDocumentTest, ServesACapturedPageWithItsSheets) {
     Check(document,
           {{"sheet outside", "Stylesheet", "http://sheets.invalid/../../secret.txt", Kind::Refuse},
            {"sheet as a frame", "Document", "http://sheets.invalid/c1.tmp", Kind::Refuse},
-           {"frame elsewhere", "Document", Url("secret.txt"), Kind::Refuse}});
+           {"frame elsewhere", "Document", Url("secret.txt"), Kind::Refuse},
+           {"image of this machine", "Image", Url("site/page.html"), Kind::Refuse},
+           {"frame of the web", "Document", "http://site.example/", Kind::Continue}});
+    EXPECT_EQ(document.Url(), "http://copy.invalid/");
+    Write("t/qvd_1a_files/c3.tmp", "p{background:url(" + Url("site/page.html") + ")}");
+    SourceDocument local = Make(item);
+    EXPECT_EQ(local.Url(), Url("t/qvd_1a.html")) << "the copy of a local page";
+    Check(local, {{"its image", "Image", Url("site/page.html"), Kind::Continue}});
 
     fs::remove(root_ / "t/qvd_1a.html");
     EXPECT_FALSE(SourceDocument::Make(item, TEXT("")));
