@@ -40,12 +40,21 @@ protected:
     /// The job's block came whole, with `naming`, which says who names the PDF, and `output`.
     void ExpectBlock(const std::string& naming, const std::string& output) const {
         const std::string block = Recorded("block");
-        const std::string url = Text(platform::FromUtf8(host::FileUrl(page_)));
+        const std::string source = Text(host::PlatformPath(CapturedPage()));
         EXPECT_EQ(block.substr(0, 5), Number(block.size()) + '\x0C');
         const std::string afterNaming = std::string(10, '\0') + Number(1);  // One item.
-        const std::string wanted =
-            Text(TEXT("%f")) + naming + afterNaming + url + std::string(8, '\0') + output;
+        const std::string wanted = Text(TEXT("%f")) + naming + afterNaming + source +
+                                   std::string(8, '\0') + output + Number(0) + '\x01' +
+                                   std::string(2, '\0');
         EXPECT_NE(block.find(wanted), std::string::npos);
+    }
+
+    /// The page's copy, which the recording converter leaves.
+    std::filesystem::path CapturedPage() const {
+        for (const auto& entry : std::filesystem::directory_iterator(temp_)) {
+            if (entry.path().extension() == ".html") return entry.path();
+        }
+        return {};
     }
 
     const std::string page_;
@@ -56,6 +65,17 @@ TEST_F(HandOffTest, ReachesTheConverterThroughSharedMemory) {
     ASSERT_EQ(host.code, 0) << host.output;
     EXPECT_EQ(Recorded("command_line"), std::string(kSwitches) + "\\sm QVD:IEP:HTMLData ");
     ExpectBlock(std::string(2, 0), Text(host::PlatformPath(pdf_)));
+    const std::filesystem::path copy = CapturedPage();
+    EXPECT_EQ(ReadFile(copy), std::string("\xEF\xBB\xBF<!DOCTYPE HTML><html>") + kPage + "</html>");
+    EXPECT_TRUE(std::filesystem::is_empty((temp_ / copy.stem()) += "_files"));
+}
+
+TEST_F(HandOffTest, CarriesTheSelectionAndTheAddressOfItsPage) {
+    const Finished host = Run({"--wait", "--select", "p"});
+    ASSERT_EQ(host.code, 0) << host.output;
+    const std::string url = Text(platform::FromUtf8(host::FileUrl(page_)));
+    EXPECT_NE(Recorded("block").find(url + Text(TEXT("<p>Text."))), std::string::npos);
+    EXPECT_EQ(CapturedPage(), "");
 }
 
 TEST_F(HandOffTest, ReachesTheConverterThroughAFileInProtectedModeAndLeavesItAlone) {
@@ -84,6 +104,8 @@ TEST_F(HandOffTest, SaysWhyNothingIsConverted) {
         const char* says;
     } cases[] = {
         {"", {"--selection"}, 1, "No selection"},
+        {"", {"--select", "#none"}, 3, "#none"},
+        {"", {"--select", "p", "--frame", "0"}, 3, "no frame 0"},
         {"", {"--nosuch"}, 2, "--nosuch"},
         {"", {"b.html"}, 2, "not expected"},
         {"programs/modules/ieframe.dll", {"--protected"}, 4, "ieframe.dll"},
