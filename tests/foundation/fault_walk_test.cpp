@@ -8,8 +8,10 @@
 #include <string>
 
 #include "foundation/dyn_mem_stream.h"
+#include "foundation/file_removal.h"
 #include "foundation/file_stream.h"
 #include "foundation/mem_stream.h"
+#include "foundation/paths.h"
 #include "foundation/temp_location.h"
 #include "tests/support/test_profile.h"
 
@@ -25,12 +27,10 @@ void UseMemory(const WideString&, const HasFailed& hasFailed) {
     std::string model;
     std::int64_t count = 0;
     char few[] = "few";
-    const Status opened = stream.Open(0, -2);
-    EXPECT_EQ(stream.IsOpen(), !IsFailure(opened));
-    if (IsFailure(opened) || IsFailure(view.Open(few, 3, 3))) {
-        EXPECT_TRUE(hasFailed());
-        return;
-    }
+    (void)stream.Open(0, -2);
+    (void)view.Open(few, 3, 3);
+    EXPECT_EQ(stream.IsOpen() && view.IsOpen(), !hasFailed());
+    if (hasFailed()) return;
     const auto check = [&] {
         const auto size = static_cast<std::int64_t>(model.size());
         EXPECT_EQ(stream.GetSize(), size);
@@ -70,6 +70,11 @@ void UseFile(const WideString& path, const HasFailed& hasFailed) {
     (void)file.Seek(SeekMode::End, 0);
     (void)file.CopyFrom(file, SeekMode::Start, 0, 3, count);
     model += model.substr(0, static_cast<std::size_t>(count));
+    std::string large(9000, 'x');  // More than a copy's buffer.
+    MemStream view;
+    if (IsFailure(view.Open(large.data(), 9000, 3))) return;
+    (void)file.CopyFrom(view, SeekMode::Start, 0, 9000, count);
+    model += large.substr(0, static_cast<std::size_t>(count));
     Status cloned = kStatusOk;
     const std::unique_ptr<Stream> clone = file.Clone(&cloned);
     EXPECT_EQ(clone == nullptr, IsFailure(cloned));
@@ -83,7 +88,8 @@ void UseFile(const WideString& path, const HasFailed& hasFailed) {
     (void)file.ReopenReadOnly();
     EXPECT_TRUE(file.IsOpen()) << "as it was, if not as it should";
     EXPECT_TRUE(!IsFailure(file.Rename(newPath.c_str())) || hasFailed());
-    (void)file.Close();
+    EXPECT_TRUE(!IsFailure(file.Close()) || hasFailed());
+    EXPECT_FALSE(file.IsOpen());
     if (!hasFailed()) return;  // Looking at it would meet the fault.
     EXPECT_NE(test_support::Exists(path), test_support::Exists(newPath));
     EXPECT_EQ(test_support::ReadWholeFile(path) + test_support::ReadWholeFile(newPath), model);
@@ -103,6 +109,13 @@ void UseTempLocation(const WideString& path, const HasFailed& hasFailed) {
     EXPECT_TRUE(!hasFailed() || IsFailure(status) || test_support::Exists(buffer));
 }
 
+void UseFolders(const WideString& path, const HasFailed& hasFailed) {
+    const Status made = CreateDirectoryTree((path + TEXT("\\a\\b")).c_str());
+    const DWORD error = DeleteFolderTree(path.c_str());
+    EXPECT_TRUE(hasFailed() || (!IsFailure(made) && !error));
+    EXPECT_TRUE(!error || test_support::Exists(path));
+}
+
 TEST(EachFault, LeavesNothingBehindAndKeepsWhatIsPromised) {
     const struct {
         const char* why;
@@ -110,7 +123,8 @@ TEST(EachFault, LeavesNothingBehindAndKeepsWhatIsPromised) {
         std::uint64_t least;  // runs that meet a failure, whatever can be made to fail
     } kWorkloads[] = {{"memory streams", UseMemory, 7},
                       {"file streams", UseFile, 5},
-                      {"temporary locations", UseTempLocation, 5}};
+                      {"temporary locations", UseTempLocation, 5},
+                      {"folders", UseFolders, 2}};
     const test_support::TestProfile profile;
     const platform::testing::InjectedFault awake("Sleep", 1, 0, 1000);
     for (const auto& workload : kWorkloads) {
