@@ -47,6 +47,7 @@ void FreeAny(void* block) noexcept {
     } else if (Manager().Root()) {
         FreeSmall(block);
     }
+    // Without a root it is another module's block, and the locks to give it back are out of reach.
 }
 
 std::size_t UsableSize(void* block) noexcept {

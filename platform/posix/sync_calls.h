@@ -18,8 +18,9 @@ BOOL SetEvent(HANDLE event) noexcept;
 BOOL ResetEvent(HANDLE event) noexcept;
 
 /// A mutex that its holder may take again, or the one that has the name: then the error code is
-/// ERROR_ALREADY_EXISTS, else ERROR_SUCCESS. Null with ERROR_NOT_ENOUGH_MEMORY.
-/// \param name  Known in this process alone; null is none.
+/// ERROR_ALREADY_EXISTS, else ERROR_SUCCESS. Null with ERROR_NOT_ENOUGH_MEMORY. Unlike on Windows,
+/// a thread that ends as the holder leaves the others waiting. \param name  Known in this process
+/// alone; null is none.
 HANDLE CreateMutexA(LPSECURITY_ATTRIBUTES security, BOOL isHeld, LPCSTR name) noexcept;
 /// FALSE with ERROR_NOT_OWNER if the calling thread does not hold it, or ERROR_INVALID_HANDLE.
 BOOL ReleaseMutex(HANDLE mutex) noexcept;

@@ -4,6 +4,7 @@
 #include <new>
 
 #include "platform/posix/faults.h"
+#include "platform/sync.h"
 
 namespace platform {
 namespace {
@@ -12,6 +13,7 @@ struct SlotNote {
     void* value;
     ThreadSlots::AtEnd atEnd;
     const void* slot;
+    const void* thread;
     SlotNote* next;
 };
 
@@ -28,11 +30,12 @@ void RunAndDelete(SlotNote* note) noexcept {
     delete note;
 }
 
-// The thread's note may have been ended with its slot while the thread came here.
+// The thread's note may have been ended with its slot while the thread came here, and its address
+// may be that of another thread's note by now.
 void EndThread(void* ended) noexcept {
     const std::lock_guard guard(Lock());
     for (SlotNote** link = &firstNote; *link; link = &(*link)->next) {
-        if (*link != ended) continue;
+        if (*link != ended || (*link)->thread != ThisThread()) continue;
         SlotNote* const note = *link;
         *link = note->next;
         RunAndDelete(note);
@@ -67,7 +70,7 @@ void ThreadSlots::Destroy() noexcept {
 bool ThreadSlots::Note(void* value) noexcept {
     if (!atEnd_ || InjectFault("FlsSetValue")) return false;
     const std::lock_guard guard(Lock());
-    auto* const note = new (std::nothrow) SlotNote{value, atEnd_, this, firstNote};
+    auto* const note = new (std::nothrow) SlotNote{value, atEnd_, this, ThisThread(), firstNote};
     if (!note) return false;
     if (pthread_setspecific(key_, note) != 0) {
         delete note;

@@ -27,6 +27,15 @@ void ExpectSoundHeap() {
 std::uint16_t MarkerOf(void* block) { return static_cast<std::uint16_t*>(block)[-2]; }
 std::uint16_t KindOf(void* block) { return static_cast<std::uint16_t*>(block)[-1]; }
 
+// Made in static initialisation, before the library's files have their turn by the order of
+// linking.
+const struct EarlyBlock {
+    void* block = AUX::Alloc(10);
+    ~EarlyBlock() { AUX::Free(block); }
+} early;
+
+TEST(Memory, ServesOtherStaticObjects) { EXPECT_EQ(MarkerOf(early.block), kSmallMarker); }
+
 TEST(Memory, RefusesNothingAndTooMuch) {
     EXPECT_EQ(AUX::Alloc(0), nullptr);
     EXPECT_EQ(AUX::Alloc(AUX::kMaxRequest + 1), nullptr);
@@ -141,6 +150,43 @@ TEST(Memory, KeepsEveryBlockApart) {
     for (const Live& each : live) AUX::Free(each.block);
     ExpectSoundHeap();
     EXPECT_EQ(AUX::CheckHeap().smallBlocks, before);
+}
+
+TEST(CheckHeap, NamesWhatIsWrong) {
+    void* const first = AUX::Alloc(700);
+    void* const second = AUX::Alloc(700);  // whose page no other test's block shares
+    AUX::Free(second);
+    ExpectSoundHeap();
+    MemPage& page = PageOf(first);
+    MemRegion& region = RegionOf(page);
+    const struct {
+        void* at;
+        std::uint16_t flipped;
+        const char* fault;
+    } cases[] = {{&page.freeWord, 1, "a page's count of free blocks"},
+                 {reinterpret_cast<char*>(&page) + 26, 4, "a page's list of free blocks"},
+                 {static_cast<char*>(second) - 2, 4, "a page's list of free blocks"},
+                 {static_cast<char*>(second) - 4, 1, "a free block's header"},
+                 {&page.sizeClass, 1, "a page's class"},
+                 {&page.index, 64, "a page's index"},
+                 {&page.state, 1, "a page on the wrong list"},
+                 {&page.owner, 16, "a page's owner"},
+                 {&page.previous, 16, "a page's links"},
+                 {&region.freePages, 1, "a region's count of free pages"},
+                 {&region.pagesInUse, 0x80, "a region's pages in use"}};
+    for (const auto& c : cases) {
+        const auto flip = [&c] {
+            std::uint16_t value = 0;
+            std::memcpy(&value, c.at, sizeof(value));
+            value = static_cast<std::uint16_t>(value ^ c.flipped);
+            std::memcpy(c.at, &value, sizeof(value));
+        };
+        flip();
+        EXPECT_STREQ(AUX::CheckHeap().fault, c.fault);
+        flip();
+    }
+    ExpectSoundHeap();
+    AUX::Free(first);
 }
 
 TEST(Memory, LeavesBlocksAsTheyWereWhenTheSystemFails) {

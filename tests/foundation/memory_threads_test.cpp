@@ -135,6 +135,29 @@ TEST(MemoryThreads, LeaveTheirBlocksBehindAndMoreThanTheMapHolds) {
     EXPECT_LE(AUX::RegionCount(), 4u);
 }
 
+TEST(MemoryThreads, DoWithoutAHeapWhenTheSystemFails) {
+    if (!platform::testing::kOwnsTheSystem) GTEST_SKIP() << "calls cannot be made to fail";
+    const std::size_t before = AUX::CheckHeap().smallBlocks;
+    unsigned failures = 0;
+    for (bool hasFired = true; hasFired;) {
+        std::thread([&] {
+            const platform::testing::InjectedFault fault("*", failures + 1,
+                                                         ERROR_NOT_ENOUGH_MEMORY);
+            void* const first = AUX::Alloc(100);
+            hasFired = fault.HasFired();
+            EXPECT_EQ(first == nullptr, hasFired) << failures;
+            void* const second = AUX::Alloc(100);
+            EXPECT_NE(second, nullptr) << failures;
+            AUX::Free(first);
+            AUX::Free(second);
+        }).join();
+        ExpectSoundHeap();
+        if (hasFired) ++failures;
+    }
+    EXPECT_GE(failures, 2u) << "the heap and its slot";
+    EXPECT_EQ(AUX::CheckHeap().smallBlocks, before);
+}
+
 // A module with a library of its own in it.
 class Module {
 public:
