@@ -46,35 +46,18 @@ TEST(ClassifyLocation, FollowsTheTable) {
 }
 
 TEST(LocalPathFromText, TakesPathsAndTheirAddresses) {
-    const WideString longAddress = TEXT("file:///C:/") + WideString(257, TEXT('x'));
-    const struct {
-        WideString text;
-        const char* path;  // null: not local
-    } kCases[] = {
-        {TEXT("C:\\a b"), "C:\\a b"},
-        {TEXT("c:"), "c:"},
-        {TEXT("C:/a"), "C:/a"},
-        {TEXT("C:a"), nullptr},
-        {TEXT("1:\\a"), nullptr},
-        {TEXT("\u00E9:\\a"), nullptr},
-        {TEXT("\\\\s"), "\\\\s"},
-        {TEXT("\\\\"), nullptr},
-        {TEXT("\\a"), nullptr},
-        {TEXT("a"), nullptr},
-        {TEXT("http://h/"), nullptr},
-        {TEXT("file:///C:/a%20b/c"), "C:\\a b\\c"},
-        {TEXT("file://s/h/a"), "\\\\s\\h\\a"},
-        {TEXT("file:a"), nullptr},
-        {longAddress, nullptr},
-    };
-    for (const auto& c : kCases) {
-        SCOPED_TRACE(ToUtf8(c.text));
+    for (const auto& row : ReadCases(FOUNDATION_CASES "local_paths.tsv", 2)) {
+        SCOPED_TRACE(ToUtf8(row[0]));
         WString path;
-        ASSERT_TRUE(path.Assign(c.text.c_str()));
+        ASSERT_TRUE(path.Assign(row[0].c_str()));
         bool exists = true;
-        EXPECT_EQ(LocalPathFromText(path.Text(), &path, &exists), c.path != nullptr);
-        EXPECT_EQ(Text(path), c.path ? c.path : "");
+        EXPECT_EQ(LocalPathFromText(path.Text(), &path, &exists), !row[1].empty());
+        EXPECT_EQ(Text(path), ToUtf8(row[1]));
         EXPECT_FALSE(exists);
+    }
+    for (const std::size_t units : {256u, 257u}) {  // 259 and 260 with the drive
+        const WideString address = TEXT("file:///C:/") + WideString(units, TEXT('x'));
+        EXPECT_EQ(LocalPathFromText(address.c_str()), units == 256);
     }
     EXPECT_FALSE(LocalPathFromText(nullptr));
     EXPECT_EQ(FailEachAllocation([](const auto& hasFailed) {
@@ -145,39 +128,18 @@ TEST(ParentFolderOf, EndsBehindTheLastSeparator) {
     EXPECT_EQ(Text(own), "a\\");
 }
 
-TEST(CombinePath, ResolvesANameInAFolder) {
-    const WideString fits(254, TEXT('x'));
-    const WideString tooLong(256, TEXT('x'));
-    const struct {
-        const WCHAR* name;
-        const WCHAR* folder;
-        WideString path;
-    } kCases[] = {
-        {TEXT("b"), TEXT("C:\\a"), TEXT("C:\\a\\b")},
-        {TEXT("b\\"), TEXT("C:\\a\\"), TEXT("C:\\a\\b\\")},
-        {TEXT("..\\b"), TEXT("C:\\a\\c"), TEXT("C:\\a\\b")},
-        {TEXT("..\\..\\..\\b"), TEXT("C:\\a"), TEXT("C:\\b")},
-        {TEXT("b\\.\\c"), TEXT("C:\\a"), TEXT("C:\\a\\b\\c")},
-        {TEXT(".."), TEXT("C:\\a"), TEXT("C:\\")},
-        {TEXT("\\b"), TEXT("C:\\a"), TEXT("C:\\b")},
-        {TEXT("\\b"), TEXT("\\\\s\\h\\a"), TEXT("\\\\s\\h\\b")},
-        {TEXT("D:\\b"), TEXT("C:\\a"), TEXT("D:\\b")},
-        {TEXT("\\\\s\\h"), TEXT("C:\\a"), TEXT("\\\\s\\h")},
-        {TEXT("x/y"), TEXT("C:\\a"), TEXT("C:\\a\\x/y")},
-        {TEXT("b"), TEXT("a"), TEXT("a\\b")},
-        {nullptr, TEXT("C:\\a"), TEXT("C:\\a")},
-        {TEXT("b"), TEXT(""), TEXT("b")},
-        {TEXT(""), nullptr, {}},
-        {fits.c_str(), TEXT("C:\\a"), TEXT("C:\\a\\") + fits},
-        {tooLong.c_str(), TEXT("C:\\a"), {}},
-    };
-    for (const auto& c : kCases) {
-        SCOPED_TRACE(ToUtf8(c.path));
+TEST(CombinePath, FollowsTheTable) {
+    for (const auto& row : ReadCases(FOUNDATION_CASES "combine_path.tsv", 3)) {
+        SCOPED_TRACE(ToUtf8(row[2]));
         WString path;
-        ASSERT_TRUE(path.Assign(TEXT("old")));
-        EXPECT_EQ(CombinePath(c.name, c.folder, path), !c.path.empty());
-        EXPECT_EQ(Text(path), ToUtf8(c.path));
+        ASSERT_TRUE(path.Assign(row[1].c_str()));
+        EXPECT_EQ(CombinePath(row[0].c_str(), path.Text(), path), !row[2].empty());
+        EXPECT_EQ(Text(path), ToUtf8(row[2]));
     }
+    WString path;
+    EXPECT_TRUE(CombinePath(WideString(254, TEXT('x')).c_str(), TEXT("C:\\a"), path));
+    EXPECT_FALSE(CombinePath(WideString(256, TEXT('x')).c_str(), TEXT("C:\\a"), path));
+    EXPECT_TRUE(path.IsEmpty());
 }
 
 }  // namespace

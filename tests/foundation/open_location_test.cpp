@@ -6,6 +6,7 @@
 #include "platform/shell.h"
 #include "platform/testing.h"
 #include "platform/user.h"
+#include "tests/support/case_table.h"
 #include "tests/support/fail_each_allocation.h"
 #include "tests/support/test_profile.h"
 
@@ -44,64 +45,26 @@ protected:
 
 TEST_F(OpenLocationTest, AsksTheShellInTheRightWords) {
     const std::string web = Handler();
-    const struct {
-        const WCHAR* location;
-        UseBrowser useBrowser;
-        std::vector<bool> answers;
-        bool isOpened;
-        std::string requests;  // file|parameters|mask, one a line
-    } kCases[] = {
-        {TEXT("http://h/a#b"), UseBrowser::No, {}, true, "http://h/a#b||0\n"},
-        {TEXT("http://h/a#b"), UseBrowser::No, {false}, false, "http://h/a#b||0\n"},
-        {TEXT("me@example"), UseBrowser::No, {}, true, "mailto:me@example||0\n"},
-        {TEXT("@me@example"), UseBrowser::No, {}, true, "mailto:@me@example||0\n"},
-        {TEXT("@me"), UseBrowser::No, {}, true, "@me||0\n"},
-        {TEXT("a/b@c"), UseBrowser::No, {}, true, "a/b@c||0\n"},
-        {TEXT("a\\b@c"), UseBrowser::No, {}, true, "a\\b@c||0\n"},
-        {TEXT("a:b@c"), UseBrowser::No, {}, true, "a:b@c||0\n"},
-        {TEXT("a@b/c@d"), UseBrowser::No, {}, true, "mailto:a@b/c@d||0\n"},
-        {TEXT("FILE:///C:/a b#c"), UseBrowser::No, {}, true, "FILE:///C:/a b#c||1024\n"},
-        {TEXT("file:///C:/a b?c d#e"),
-         UseBrowser::No,
-         {false},
-         true,
-         "file:///C:/a b?c d#e||1024\n" + web + "|file:///C:/a%20b?c d#e|0\n"},
-        {TEXT("file:///C:/a#b"),
-         UseBrowser::No,
-         {false, false},
-         false,
-         "file:///C:/a#b||1024\n" + web + "|file:///C:/a#b|0\n"},
-        {TEXT("file:///C:/a#"), UseBrowser::No, {false}, false, "file:///C:/a#||0\n"},
-        {TEXT("file://s/a#b"), UseBrowser::No, {false}, false, "file://s/a#b||0\n"},
-        {TEXT("http://h/a"), UseBrowser::Yes, {}, true, "iexplore.exe|http://h/a|0\n"},
-        {TEXT("me@h"),
-         UseBrowser::Yes,
-         {false},
-         true,
-         "iexplore.exe|mailto:me@h|0\nmailto:me@h||0\n"},
-        {TEXT("file:///a#b"),
-         UseBrowser::Yes,
-         {false, false},
-         true,
-         "iexplore.exe|file:///a#b|0\nfile:///a#b||1024\n" + web + "|file:///a#b|0\n"},
-        {TEXT(""), UseBrowser::Yes, {}, false, ""},
-        {nullptr, UseBrowser::No, {}, false, ""},
-    };
     const HCURSOR old = SetCursor(LoadCursorW(nullptr, IDC_ARROW));
     const HCURSOR wait = LoadCursorW(nullptr, IDC_WAIT);
-    for (const auto& c : kCases) {
-        SCOPED_TRACE(c.location ? ToUtf8(c.location) : "null");
-        const ShellRecorder recorder(c.answers);
-        EXPECT_EQ(OpenLocation(c.location, c.useBrowser), c.isOpened);
+    for (const auto& row : test_support::ReadCases(FOUNDATION_CASES "open_location.tsv", 5)) {
+        SCOPED_TRACE(ToUtf8(row[0]));
+        std::vector<bool> answers;
+        for (const WCHAR answer : row[2]) answers.push_back(answer == TEXT('+'));
+        const ShellRecorder recorder(answers);
+        const UseBrowser useBrowser = row[1].empty() ? UseBrowser::No : UseBrowser::Yes;
+        EXPECT_EQ(OpenLocation(row[0].c_str(), useBrowser), row[3] == TEXT("+"));
         std::string requests;
         for (const ShellRequest& request : recorder.Requests()) {
             EXPECT_EQ(ToUtf8(request.verb), "open");
             EXPECT_EQ(request.cursor, wait);
-            requests += ToUtf8(request.file) + "|" + ToUtf8(request.parameters) + "|" +
-                        std::to_string(request.mask) + "\n";
+            const std::string file = ToUtf8(request.file);
+            requests += (file == web ? "WEB" : file) + "|" + ToUtf8(request.parameters) + "|" +
+                        std::to_string(request.mask) + " ";
         }
-        EXPECT_EQ(requests, c.requests);
+        EXPECT_EQ(requests, ToUtf8(row[4]) + (row[4].empty() ? "" : " "));
     }
+    EXPECT_FALSE(OpenLocation(nullptr, UseBrowser::No));
     EXPECT_EQ(SetCursor(old), LoadCursorW(nullptr, IDC_ARROW)) << "not put back";
 }
 
