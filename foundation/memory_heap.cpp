@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <new>
+#include <xmmintrin.h>
 
 #include "platform/memory.h"
 #include "platform/sanitizer.h"
@@ -41,6 +42,12 @@ void* TakeBlock(MemPage& page) noexcept {
     if (head) {
         block = page.At(head);
         head = HeaderOf(block).nextFree;
+        // The next taker begins by reading the next block's header. With many live blocks that lies
+        // outside the caches, and is fetched meanwhile.
+        if (head) {
+            const void* const header = &HeaderOf(page.At(head));
+            _mm_prefetch(static_cast<const char*>(header), _MM_HINT_T0);
+        }
     } else {
         block = page.At(page.FirstBlock() + page.carvedCount * std::uint32_t{page.stride});
         ++page.carvedCount;

@@ -11,12 +11,20 @@ namespace {
 
 constexpr SIZE_T kGranularity = 0x10000;
 constexpr SIZE_T kPage = 0x1000;
+constexpr SIZE_T kHugePage = 0x200000;
+
+// A process that holds this much gets huge pages, which spare it most misses of the processor's
+// table of addresses; one that holds less would mostly get memory that it does not touch.
+constexpr SIZE_T kEnoughForHugePages = 0x2000000;
 
 class Allocations {
 public:
-    void Add(void* address, SIZE_T size) {
+    /// \return how much there is in all.
+    SIZE_T Add(void* address, SIZE_T size) {
         const std::lock_guard guard(lock_);
         sizes_.emplace(address, size);
+        total_ += size;
+        return total_;
     }
 
     /// Gives the size of what begins there and forgets it; 0 for nothing.
@@ -26,12 +34,14 @@ public:
         if (found == sizes_.end()) return 0;
         const SIZE_T size = found->second;
         sizes_.erase(found);
+        total_ -= size;
         return size;
     }
 
 private:
     std::mutex lock_;
     std::map<void*, SIZE_T> sizes_;
+    SIZE_T total_ = 0;
 };
 
 Allocations& Known() {
@@ -40,14 +50,14 @@ Allocations& Known() {
     return known;
 }
 
-/// Pages at a multiple of the granularity: a larger stretch is taken and its ends given back.
-void* MapAligned(SIZE_T size) noexcept {
-    const SIZE_T room = size + kGranularity - kPage;
+/// Pages at a multiple of `alignment`: a larger stretch is taken and its ends given back.
+void* MapAligned(SIZE_T size, SIZE_T alignment) noexcept {
+    const SIZE_T room = size + alignment - kPage;
     void* const mapped = mmap(nullptr, room, PROT_READ | PROT_WRITE,
                               MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     if (mapped == MAP_FAILED) return nullptr;
     const auto begin = reinterpret_cast<UINT_PTR>(mapped);
-    const UINT_PTR aligned = (begin + kGranularity - 1) & ~(kGranularity - 1);
+    const UINT_PTR aligned = (begin + alignment - 1) & ~(alignment - 1);
     const SIZE_T before = aligned - begin;
     if (before) munmap(mapped, before);
     if (room > before + size) {
@@ -69,13 +79,16 @@ LPVOID VirtualAlloc(LPVOID address, SIZE_T size, DWORD type, DWORD protection) n
     void* pages = nullptr;
     if (size <= SIZE_MAX / 2) {
         size = (size + kPage - 1) & ~(kPage - 1);
-        pages = MapAligned(size);
+        pages = MapAligned(size, size < kHugePage ? kGranularity : kHugePage);
     }
     if (!pages) {
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
         return nullptr;
     }
-    Known().Add(pages, size);
+    const SIZE_T total = Known().Add(pages, size);
+    if (size >= kHugePage && total >= kEnoughForHugePages) {
+        (void)madvise(pages, size, MADV_HUGEPAGE);  // A wish; a system without them says no.
+    }
     return pages;
 }
 
