@@ -16,9 +16,6 @@ namespace {
 constexpr int kLayoutMajor = 2;
 constexpr int kLayoutMinor = 0;
 
-// Ready for requests from the very first; what it holds is set by the run below.
-constinit MemManager manager;
-
 class Run {
 public:
     Run() noexcept { manager.Start(); }
@@ -30,7 +27,7 @@ QVD_STARTS_FIRST const Run run;
 
 }  // namespace
 
-MemManager& Manager() noexcept { return manager; }
+constinit MemManager manager;
 
 void MemManager::Start() noexcept {
     LearnFacts();

@@ -46,7 +46,8 @@ private:
     platform::ThreadSlot<MemHeap> slot_;
 };
 
-/// The module's one manager.
-[[nodiscard]] MemManager& Manager() noexcept;
+/// The module's one manager, ready for requests from the very first.
+extern constinit MemManager manager;
+[[nodiscard]] inline MemManager& Manager() noexcept { return manager; }
 
 }  // namespace AUX::memory
