@@ -80,9 +80,11 @@ TEST(MakeUniqueFileName, GivesUpAfterTheLastAttempt) {
     const auto isMade = [&] {
         return MakeUniqueFileName(profile.Folder().c_str(), TEXT("n"), TEXT("\\..\\a.txt"), path);
     };
-    const InjectedFault tooLate("FindFirstFileW", 10002, ERROR_FILE_NOT_FOUND);
-    EXPECT_FALSE(isMade());
-    EXPECT_TRUE(path.IsEmpty());
+    {
+        const InjectedFault tooLate("FindFirstFileW", 10002, ERROR_FILE_NOT_FOUND);
+        EXPECT_FALSE(isMade());
+        EXPECT_TRUE(path.IsEmpty());
+    }
     const InjectedFault missing("FindFirstFileW", 10001, ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(isMade(), kOwnsTheSystem);
 }
