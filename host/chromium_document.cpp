@@ -17,6 +17,9 @@ using platform::ToUtf8;
 // A large page may take its time.
 constexpr chromium::Milliseconds kAnswerLimit{30'000};
 
+// Bytes of script that wait at most.
+constexpr std::size_t kMostChanges = std::size_t{1} << 20;
+
 constexpr char kStyleSheets[] = R"js([...document.styleSheets].map(sheet => {
     const owner = sheet.ownerNode;
     if (!sheet.href) return {text: owner ? owner.textContent : ''};
@@ -69,7 +72,24 @@ bool IsFileUrl(const std::string& url) { return url.starts_with("file:"); }
 ChromiumDocument::ChromiumDocument(std::shared_ptr<LivePage> live, chromium::Frame frame)
     : live_(std::move(live)), frame_(std::move(frame)), url_(FromUtf8(frame_.url)) {}
 
+bool ChromiumDocument::Change(const std::string& script) {
+    const bool isOther = live_->changedFrame.id != frame_.id;
+    if (isOther || live_->changes.size() > kMostChanges) MakeChanges();
+    live_->changedFrame = frame_;
+    live_->changes += "try { " + script + " } catch {}\n";
+    return !live_->isSilent;
+}
+
+void ChromiumDocument::MakeChanges() {
+    if (live_->changes.empty() || live_->isSilent) return;
+    const std::string script = std::exchange(live_->changes, {});
+    const auto asked = chromium::Clock::now();
+    const auto made = live_->page->Evaluate(script, &live_->changedFrame, kAnswerLimit);
+    live_->isSilent = !made && chromium::Clock::now() - asked >= kAnswerLimit;
+}
+
 bool ChromiumDocument::Ask(const std::string& script, Json& value) {
+    MakeChanges();
     if (live_->isSilent) return false;
     const auto asked = chromium::Clock::now();
     const auto answer = live_->page->Evaluate(script, &frame_, kAnswerLimit);

@@ -15,6 +15,10 @@ struct LivePage {
     std::unique_ptr<chromium::Browser> browser;
     std::unique_ptr<chromium::Page> page;
     bool isSilent = false;  // it did not answer in time once, so it is not asked again
+    // Changes that wait for the next question: made one by one, the browser would lay the page out
+    // after each.
+    std::string changes;
+    chromium::Frame changedFrame;
 };
 
 /// A document in the browser, asked and changed as it stands there: each question runs a script
@@ -39,10 +43,14 @@ public:
 
     /// Runs a script and gives its value. \return false if it throws or the page does not answer.
     bool Ask(const std::string& script, chromium::Json& value);
+    /// Runs a script that changes the page, at the latest before the next question of any document.
+    /// What it throws is lost. \return false if the page does not answer any more.
+    bool Change(const std::string& script);
     /// An element by a script's expression; null where the expression is.
     bool FindElement(const std::string& expression, std::shared_ptr<PageElement>& element);
 
 private:
+    void MakeChanges();
     [[nodiscard]] bool MayReach(const chromium::Frame& frame);
 
     std::shared_ptr<LivePage> live_;

@@ -100,10 +100,8 @@ bool ChromiumElement::Attribute(const WideString& name, std::optional<WideString
 }
 
 bool ChromiumElement::SetAttribute(const WideString& name, const WideString& value) {
-    Json answer;
-    return document_->Ask(expression_ + ".setAttribute(" + QuoteJson(NameOf(name)) + "," +
-                              QuoteJson(ToUtf8(value)) + ")",
-                          answer);
+    return document_->Change(expression_ + ".setAttribute(" + QuoteJson(NameOf(name)) + "," +
+                             QuoteJson(ToUtf8(value)) + ")");
 }
 
 std::string ChromiumElementList::MakeScript(const std::string& tag) {
