@@ -30,7 +30,12 @@ TEST_F(HostOptionsTest, TakeEverythingInAnyOrderAndForgetIt) {
     EXPECT_EQ(options_.pageHeight, 2000);
     EXPECT_EQ(options_.timeout, std::chrono::seconds(5));
     EXPECT_TRUE(options_.wait && options_.selection && options_.isProtected && options_.verbose);
+    ASSERT_FALSE(Parse({"--select", "#a b", "--frame", "1/0", "a.html"})) << err_.str();
+    EXPECT_EQ(options_.select, "#a b");
+    EXPECT_EQ(options_.frame, (std::vector<std::size_t>{1, 0}));
+    EXPECT_TRUE(options_.selection);
     ASSERT_FALSE(Parse({"a.html"})) << err_.str();
+    EXPECT_FALSE(options_.select || !options_.frame.empty());
     EXPECT_FALSE(options_.output || options_.profile || options_.pageHeight);
     EXPECT_FALSE(options_.wait || options_.selection || options_.isProtected || options_.verbose);
 }
@@ -47,6 +52,8 @@ TEST_F(HostOptionsTest, RefuseWhatIsWrongAndSayIt) {
         {"a.html", "--backend", "text", "--page-height", "-1"},
         {"a.html", "--backend", "chromium", "--page-height", "2000"},
         {"a.html", "--backend", "paper"},
+        {"a.html", "--frame", "0"},
+        {"a.html", "--select", "p", "--frame", "x"},
     };
     for (const std::vector<std::string>& arguments : cases) {
         SCOPED_TRACE(testing::PrintToString(arguments));
