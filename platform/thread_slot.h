@@ -64,7 +64,8 @@ public:
     void Forget() noexcept { value_ = nullptr; }
 
 private:
-    static inline constinit thread_local T* value_ = nullptr;
+    // A module that is loaded later reaches it without a call, too.
+    [[gnu::tls_model("initial-exec")]] static inline constinit thread_local T* value_ = nullptr;
     ThreadSlots slots_;
 };
 

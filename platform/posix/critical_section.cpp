@@ -1,4 +1,5 @@
 #include <climits>
+#include <ctime>
 #include <immintrin.h>
 #include <linux/futex.h>
 #include <linux/membarrier.h>
@@ -10,11 +11,10 @@
 namespace platform {
 namespace {
 
-// After it every other thread has passed a full barrier since it began.
-void FenceAllThreads() noexcept {
-    if (!mustFenceLeaving) {
-        (void)syscall(SYS_membarrier, MEMBARRIER_CMD_PRIVATE_EXPEDITED, 0, 0);
-    }
+// After it every other thread has passed a full barrier since it began. False if the kernel
+// refuses.
+bool FenceAllThreads() noexcept {
+    return mustFenceLeaving || syscall(SYS_membarrier, MEMBARRIER_CMD_PRIVATE_EXPEDITED, 0, 0) == 0;
 }
 
 bool TryEnter(CRITICAL_SECTION& section) noexcept {
@@ -45,9 +45,12 @@ void EnterContended(CRITICAL_SECTION& section) noexcept {
         _mm_pause();
     }
     section.waiters.fetch_add(1);
-    FenceAllThreads();
+    constexpr timespec kOneMillisecond{0, 1'000'000};
+    // A process that was barred from barriers after its start may miss a wake-up: it looks by
+    // itself.
+    const timespec* const timeout = FenceAllThreads() ? nullptr : &kOneMillisecond;
     while (!TryEnter(section)) {
-        (void)syscall(SYS_futex, &section.isHeld, FUTEX_WAIT_PRIVATE, 1, nullptr, nullptr, 0);
+        (void)syscall(SYS_futex, &section.isHeld, FUTEX_WAIT_PRIVATE, 1, timeout, nullptr, 0);
     }
     section.waiters.fetch_sub(1);
 }

@@ -56,26 +56,6 @@ TEST(Events, OutliveTheirHandleForThoseWhoWait) {
     for (std::thread& user : users) user.join();
 }
 
-TEST(CriticalSection, KeepsOthersOutAndLetsItsThreadInAgain) {
-    CRITICAL_SECTION section;
-    ASSERT_TRUE(InitializeCriticalSectionAndSpinCount(&section, 4000));
-    int count = 0;
-    const auto work = [&] {
-        for (int i = 0; i < 5000; ++i) {
-            EnterCriticalSection(&section);
-            EnterCriticalSection(&section);
-            ++count;
-            LeaveCriticalSection(&section);
-            LeaveCriticalSection(&section);
-        }
-    };
-    std::thread other(work);
-    work();
-    other.join();
-    EXPECT_EQ(count, 10000);
-    DeleteCriticalSection(&section);
-}
-
 TEST(Clock, GivesTheTimeInUtcAndCanBeHeld) {
     SYSTEMTIME time{};
     GetSystemTime(&time);
