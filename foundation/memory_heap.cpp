@@ -12,9 +12,14 @@ namespace {
 
 constexpr DWORD kSpinCount = 128;
 
-// A block's header shares its unit of 8 bytes with the end of the block before, so the unit stays
-// open to access.
-constexpr std::uint32_t kOpenTail = 8;
+// A block's header shares its unit of 8 bytes with the end of the block before. Both borders of a
+// block stay open to access, once and for all: blocks side by side belong to different threads,
+// which could not change the access to one unit at the same time.
+void OpenBorders(void* block, std::uint32_t stride) noexcept {
+    constexpr std::uint32_t kUnit = 8;
+    platform::AllowAccess(static_cast<std::byte*>(block) - kUnit, kUnit);
+    platform::AllowAccess(static_cast<std::byte*>(block) + stride - kUnit, kUnit);
+}
 
 // Makes a page ready for blocks of a class. Nothing of it was handed out.
 void Format(const MemRoot& root, MemPage& page, std::uint32_t sizeClass) noexcept {
@@ -51,7 +56,7 @@ void* TakeBlock(MemPage& page) noexcept {
     } else {
         block = page.At(page.FirstBlock() + page.carvedCount * std::uint32_t{page.stride});
         ++page.carvedCount;
-        platform::AllowAccess(static_cast<std::byte*>(block) - kOpenTail, kOpenTail);
+        OpenBorders(block, page.stride);
         HeaderOf(block) = {kSmallMarker, 0};
     }
     page.freeWord.store(MemPage::FreeWord(head, count), std::memory_order_relaxed);
