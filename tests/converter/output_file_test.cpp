@@ -10,50 +10,42 @@
 #include <sys/stat.h>
 
 #include "converter/run_app.h"
+#include "tests/support/case_table.h"
+#include "tests/support/scratch_folder.h"
 
 namespace converter {
 namespace {
 
 namespace fs = std::filesystem;
-using platform::WideView;
+using test_support::ReadHostFile;
 
 class OutputFileTest : public testing::Test {
 protected:
-    OutputFileTest() {
-        std::string name = fs::temp_directory_path() / "output-test-XXXXXX";
-        folder_ = fs::canonical(mkdtemp(name.data()));
-    }
-    ~OutputFileTest() override { fs::remove_all(folder_); }
-
-    static std::string Read(const fs::path& path) {
-        std::ifstream in(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    }
     std::ptrdiff_t CountFiles() const {
-        return std::distance(fs::directory_iterator(folder_), fs::directory_iterator());
+        return std::distance(fs::directory_iterator(folder_.Path()), fs::directory_iterator());
     }
 
-    fs::path folder_;
+    test_support::ScratchFolder folder_;
 };
 
 TEST_F(OutputFileTest, ReplacesInOneStepAndKeepsWhatItReplacesOtherwise) {
     const fs::path path = folder_ / "a b.pdf";
     ASSERT_TRUE(WriteOutputFile(path, "first", nullptr));
-    EXPECT_EQ(Read(path), "first");
+    EXPECT_EQ(ReadHostFile(path), "first");
     fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write);
     fs::create_symlink(path, folder_ / "link.pdf");
     ASSERT_TRUE(WriteOutputFile(folder_ / "link.pdf", "second", nullptr));
     EXPECT_TRUE(fs::is_symlink(folder_ / "link.pdf"));
-    EXPECT_EQ(Read(path), "second");
+    EXPECT_EQ(ReadHostFile(path), "second");
     EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_read | fs::perms::owner_write);
 
     const std::atomic<bool> cancel = true;
     EXPECT_FALSE(WriteOutputFile(path, "third", &cancel));
-    EXPECT_FALSE(WriteOutputFile(folder_, "third", nullptr));
+    EXPECT_FALSE(WriteOutputFile(folder_.Path(), "third", nullptr));
     fs::permissions(path, fs::perms::owner_read);
     EXPECT_FALSE(WriteOutputFile(path, "third", nullptr)) << "write-protected";
     EXPECT_FALSE(WriteOutputFile(folder_ / "none/a.pdf", "third", nullptr));
-    EXPECT_EQ(Read(path), "second");
+    EXPECT_EQ(ReadHostFile(path), "second");
     EXPECT_EQ(CountFiles(), 2);
 }
 
@@ -71,46 +63,27 @@ TEST_F(OutputFileTest, LeavesNothingHalfWrittenOnAFullDisk) {
     std::signal(SIGXFSZ, oldHandler);
     ASSERT_FALSE(written);
     EXPECT_NE(written.GetError().text.find("can't be written"), std::string::npos);
-    EXPECT_EQ(Read(path), "kept");
+    EXPECT_EQ(ReadHostFile(path), "kept");
     EXPECT_EQ(CountFiles(), 1);
 }
 
 TEST(FileName, ComesFromAnyTitle) {
-    struct Case {
-        WideView title;
-        WideView name;
-    };
-    constexpr Case kCases[] = {{TEXT("Plain title"), TEXT("Plain title")},
-                               {TEXT("a/b\\c:d*e?\"<>|f"), TEXT("a b c d e     f")},
-                               {TEXT(" ..hidden. "), TEXT("hidden")},
-                               {TEXT(""), TEXT("Web page")},
-                               {TEXT("..."), TEXT("Web page")},
-                               {TEXT("\x1\x7F"), TEXT("Web page")}};
-    for (const Case& c : kCases) {
-        EXPECT_TRUE(FileNameOf(platform::WideString(c.title)) == c.name)
-            << platform::ToUtf8(c.title);
+    for (const auto& row : test_support::ReadCases(CONVERTER_CASES "file_names.tsv", 2)) {
+        EXPECT_EQ(platform::ToUtf8(FileNameOf(row[0])), platform::ToUtf8(row[1]));
     }
     EXPECT_EQ(FileNameOf(platform::WideString(500, WCHAR{'x'})).size(), 80u);
 }
 
 TEST(AppArguments, PutThePathInWithoutSplittingIt) {
-    using List = std::vector<std::string>;
-    struct Case {
-        const char* parameters;
-        List arguments;
-    };
-    const Case kCases[] = {
-        {"%f", {"/a b.pdf"}},
-        {"\"%f\"", {"/a b.pdf"}},
-        {"-o  %f  --x=\"1 2\"", {"-o", "/a b.pdf", "--x=1 2"}},
-        {"file=%f,%f", {"file=/a b.pdf,/a b.pdf"}},
-        {"\"\"", {""}},
-        {"", {}},
-        {"100% %F", {"100%", "%F"}},
-        {"\"open %f", {"open /a b.pdf"}},
-    };
-    for (const Case& c : kCases) EXPECT_EQ(MakeArguments(c.parameters, "/a b.pdf"), c.arguments);
-    EXPECT_EQ(MakeArguments("%f", "/%f"), List{"/%f"}) << "a path is not looked through again";
+    for (const auto& row : test_support::ReadCases(CONVERTER_CASES "arguments.tsv", 2)) {
+        std::string made;
+        for (const std::string& argument : MakeArguments(platform::ToUtf8(row[0]), "/a b.pdf")) {
+            made += argument + '|';
+        }
+        EXPECT_EQ(made, platform::ToUtf8(row[1]));
+    }
+    EXPECT_EQ(MakeArguments("%f", "/%f"), std::vector<std::string>{"/%f"})
+        << "a path is not looked through again";
 }
 
 TEST_F(OutputFileTest, StartsTheJobsOwnApplication) {
@@ -126,7 +99,7 @@ TEST_F(OutputFileTest, StartsTheJobsOwnApplication) {
     unsetenv("QUVADA_NO_OPEN");
     const Outcome started = StartApp(app, "/tmp/x y.pdf");
     ASSERT_TRUE(started) << started.GetError().text;
-    EXPECT_EQ(Read(record), "-v|/tmp/x y.pdf|");
+    EXPECT_EQ(ReadHostFile(record), "-v|/tmp/x y.pdf|");
 
     app.appPath = TEXT("C:\\none\\none.exe");
     EXPECT_FALSE(StartApp(app, "/tmp/x.pdf"));

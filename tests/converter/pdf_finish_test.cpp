@@ -48,6 +48,14 @@ protected:
         return wish;
     }
 
+    static PdfWish WishOf(int minor, const Security& security) {
+        PdfWish wish = WishOf(minor);
+        const Result<Protection> protection = DecideProtection(security);
+        EXPECT_TRUE(protection);
+        if (protection) wish.protection = *protection;
+        return wish;
+    }
+
     static Security SecurityOf(Encryption type) {
         Security security;
         security.type = type;
@@ -55,6 +63,11 @@ protected:
         security.userPassword = TEXT("open\u00E9");
         security.ownerPassword = TEXT("owner");
         return security;
+    }
+
+    static void Open(QPDF& pdf, const std::string& bytes, const char* password = "owner") {
+        pdf.setSuppressWarnings(true);
+        pdf.processMemoryFile("test", bytes.data(), bytes.size(), password);
     }
 
     std::string printed_ = MakePrinted();
@@ -65,25 +78,22 @@ TEST_F(PdfFinishTest, SetsTheExactSheetAndKeepsTheTitle) {
     for (const bool links : {true, false}) {
         PdfWish wish = WishOf(4);
         wish.links = links;
-        const std::string bytes = Finish(wish);
         QPDF pdf;
-        pdf.processMemoryFile("test", bytes.data(), bytes.size());
+        const std::string bytes = Finish(wish);
+        Open(pdf, bytes);
         ASSERT_EQ(pdf.getAllPages().size(), std::size_t{kPages});
         for (QPDFObjectHandle page : pdf.getAllPages()) {
             EXPECT_EQ(page.getKey("/MediaBox").unparse(), "[ 0 0 595.3 841.9 ]");
             EXPECT_EQ(page.getKey("/Annots").getArrayNItems(), links ? 2 : 1);
         }
         EXPECT_EQ(pdf.getTrailer().getKey("/Info").getKey("/Title").getUTF8Value(), "The title");
-        EXPECT_FALSE(pdf.isEncrypted());
     }
 }
 
 TEST_F(PdfFinishTest, WritesEveryVersionAndCompression) {
     for (int minor = 3; minor <= 7; ++minor) {
         std::size_t before = SIZE_MAX;
-        for (const Compression compression :
-             {Compression::Low, Compression::Medium, Compression::High}) {
-            SCOPED_TRACE(testing::Message() << minor << " " << static_cast<int>(compression));
+        for (const auto compression : {Compression::Low, Compression::Medium, Compression::High}) {
             PdfWish wish = WishOf(minor);
             wish.compression = compression;
             const std::string bytes = Finish(wish);
@@ -111,14 +121,11 @@ TEST_F(PdfFinishTest, ProtectsAtEveryLevelAndNeverLosesItToTheVersion) {
         for (int minor = 3; minor <= 7; ++minor) {
             SCOPED_TRACE(testing::Message() << level.revision << " at 1." << minor);
             notes_.clear();
-            PdfWish wish = WishOf(minor);
+            PdfWish wish = WishOf(minor, SecurityOf(level.type));
             wish.compression = Compression::High;
-            const Result<Protection> protection = DecideProtection(SecurityOf(level.type));
-            ASSERT_TRUE(protection);
-            wish.protection = *protection;
             const std::string bytes = Finish(wish);
             QPDF pdf;
-            pdf.processMemoryFile("test", bytes.data(), bytes.size(), "owner");
+            Open(pdf, bytes);
             int revision = 0;
             int mask = 0;
             ASSERT_TRUE(pdf.isEncrypted(revision, mask));
@@ -127,54 +134,49 @@ TEST_F(PdfFinishTest, ProtectsAtEveryLevelAndNeverLosesItToTheVersion) {
                       "1." + std::to_string(std::max(minor, level.leastMinor)));
             EXPECT_EQ(pdf.getExtensionLevel(), level.extension);
             EXPECT_EQ(notes_.size(), minor < level.leastMinor ? 1u : 0u);
-            const bool utf8 = level.revision >= 5;
             QPDF opened;
-            EXPECT_NO_THROW(opened.processMemoryFile("test", bytes.data(), bytes.size(),
-                                                     utf8 ? "open\xC3\xA9" : "open\xE9"));
+            EXPECT_NO_THROW(Open(opened, bytes, level.revision >= 5 ? "open\xC3\xA9" : "open\xE9"));
             QPDF refused;
-            refused.setSuppressWarnings(true);
-            EXPECT_THROW(refused.processMemoryFile("test", bytes.data(), bytes.size(), ""),
-                         std::exception);
+            EXPECT_THROW(Open(refused, bytes, ""), std::exception);
         }
     }
+}
+
+/// What an encrypted file allows: assembling, forms, notes, other changes, copying, screen readers,
+/// printing (H: in full, L: in low resolution).
+std::string Allowed(QPDF& pdf) {
+    const std::pair<bool, char> kRights[] = {
+        {pdf.allowModifyAssembly(), 'a'},   {pdf.allowModifyForm(), 'f'},
+        {pdf.allowModifyAnnotation(), 'n'}, {pdf.allowModifyOther(), 'm'},
+        {pdf.allowExtractAll(), 'c'},       {pdf.allowAccessibility(), 's'},
+        {pdf.allowPrintHighRes(), 'H'},     {pdf.allowPrintLowRes(), 'L'}};
+    std::string allowed;
+    for (const auto& [isAllowed, letter] : kRights) allowed.append(isAllowed, letter);
+    return allowed;
 }
 
 TEST_F(PdfFinishTest, GivesThePermissionsOfEachChoice) {
     struct Case {
         Changes changes;
-        bool assemble, form, annotate, modify;
+        Printing printing;
+        bool copying, access;
+        const char* allowed;
     };
-    constexpr Case kCases[] = {{Changes::None, false, false, false, false},
-                               {Changes::Assembly, true, false, false, false},
-                               {Changes::Forms, false, true, false, false},
-                               {Changes::Comments, false, true, true, false},
-                               {Changes::General, true, true, true, true}};
-    for (const Encryption type : {Encryption::Rc4Bits128, Encryption::AesBits256R6}) {
-        for (const Case& c : kCases) {
-            for (const Printing printing :
-                 {Printing::None, Printing::LowResolution, Printing::Full}) {
-                Security security = SecurityOf(type);
-                security.changes128 = c.changes;
-                security.printing128 = printing;
-                security.allow128Copying = c.form;
-                security.allow128ContentAccess = !c.form;
-                const Result<Protection> protection = DecideProtection(security);
-                ASSERT_TRUE(protection);
-                PdfWish wish = WishOf(7);
-                wish.protection = *protection;
-                const std::string bytes = Finish(wish);
-                QPDF pdf;
-                pdf.processMemoryFile("test", bytes.data(), bytes.size(), "owner");
-                EXPECT_EQ(pdf.allowModifyAssembly(), c.assemble);
-                EXPECT_EQ(pdf.allowModifyForm(), c.form);
-                EXPECT_EQ(pdf.allowModifyAnnotation(), c.annotate);
-                EXPECT_EQ(pdf.allowModifyOther(), c.modify);
-                EXPECT_EQ(pdf.allowExtractAll(), c.form);
-                EXPECT_EQ(pdf.allowAccessibility(), !c.form || type != Encryption::Rc4Bits128);
-                EXPECT_EQ(pdf.allowPrintHighRes(), printing == Printing::Full);
-                EXPECT_EQ(pdf.allowPrintLowRes(), printing != Printing::None);
-            }
-        }
+    constexpr Case kCases[] = {{Changes::None, Printing::None, false, false, ""},
+                               {Changes::Assembly, Printing::LowResolution, false, true, "asL"},
+                               {Changes::Forms, Printing::Full, false, true, "fsHL"},
+                               {Changes::Comments, Printing::None, true, false, "fnc"},
+                               {Changes::General, Printing::Full, true, true, "afnmcsHL"}};
+    for (const Case& c : kCases) {
+        Security security = SecurityOf(Encryption::Rc4Bits128);
+        security.changes128 = c.changes;
+        security.printing128 = c.printing;
+        security.allow128Copying = c.copying;
+        security.allow128ContentAccess = c.access;
+        QPDF pdf;
+        const std::string bytes = Finish(WishOf(7, security));
+        Open(pdf, bytes);
+        EXPECT_EQ(Allowed(pdf), c.allowed);
     }
     for (int bits = 0; bits < 16; ++bits) {
         Security security = SecurityOf(Encryption::Rc4Bits40);
@@ -182,46 +184,41 @@ TEST_F(PdfFinishTest, GivesThePermissionsOfEachChoice) {
         security.allow40Changing = bits & 2;
         security.allow40Copying = bits & 4;
         security.allow40Comments = bits & 8;
-        PdfWish wish = WishOf(3);
-        const Result<Protection> protection = DecideProtection(security);
-        ASSERT_TRUE(protection);
-        wish.protection = *protection;
-        const std::string bytes = Finish(wish);
         QPDF pdf;
-        pdf.processMemoryFile("test", bytes.data(), bytes.size(), "owner");
-        EXPECT_EQ(pdf.allowPrintHighRes(), (bits & 1) != 0);
-        EXPECT_EQ(pdf.allowModifyOther(), (bits & 2) != 0);
-        EXPECT_EQ(pdf.allowExtractAll(), (bits & 4) != 0);
-        EXPECT_EQ(pdf.allowModifyAnnotation(), (bits & 8) != 0);
+        const std::string bytes = Finish(WishOf(3, security));
+        Open(pdf, bytes);
+        const char* kLetters[] = {"H", "m", "c", "n"};
+        for (int bit = 0; bit < 4; ++bit) {
+            EXPECT_EQ(Allowed(pdf).find(kLetters[bit]) != std::string::npos,
+                      (bits >> bit & 1) != 0);
+        }
     }
 }
 
 TEST_F(PdfFinishTest, FindsEachDifferenceFromTheWish) {
-    PdfWish wish = WishOf(7);
-    wish.protection = *DecideProtection(SecurityOf(Encryption::AesBits256R6));
+    const PdfWish wish = WishOf(7, SecurityOf(Encryption::AesBits256R6));
     const std::string bytes = Finish(wish);
     ASSERT_TRUE(CheckPdf(bytes, wish, kPages));
-    const std::string open = Finish(WishOf(7));
-
-    EXPECT_FALSE(CheckPdf(open, wish, kPages)) << "not protected";
-    EXPECT_FALSE(CheckPdf(bytes, WishOf(7), kPages)) << "protected unasked";
+    EXPECT_FALSE(CheckPdf(Finish(WishOf(7)), wish, kPages)) << "not protected";
     EXPECT_FALSE(CheckPdf(bytes, wish, kPages + 1)) << "lacks a page";
-    EXPECT_FALSE(CheckPdf(bytes.substr(0, bytes.size() / 2), WishOf(7), kPages)) << "cut off";
-    PdfWish other = wish;
-    other.minor = 6;
-    EXPECT_FALSE(CheckPdf(bytes, other, kPages)) << "version";
-    other = wish;
-    other.protection->revision = 5;
-    EXPECT_FALSE(CheckPdf(bytes, other, kPages)) << "level";
-    other = wish;
-    other.protection->permissions.extract = !other.protection->permissions.extract;
-    EXPECT_FALSE(CheckPdf(bytes, other, kPages)) << "permissions";
-    other = wish;
-    other.protection->encryptMetadata = !other.protection->encryptMetadata;
-    EXPECT_FALSE(CheckPdf(bytes, other, kPages)) << "metadata";
-    other = wish;
-    other.protection->userPassword = "another";
-    EXPECT_FALSE(CheckPdf(bytes, other, kPages)) << "password";
+    EXPECT_FALSE(CheckPdf(bytes.substr(0, bytes.size() / 2), wish, kPages)) << "cut off";
+    struct Case {
+        const char* why;
+        void (*change)(PdfWish& wish);
+    };
+    constexpr Case kCases[] = {
+        {"protected unasked", [](PdfWish& other) { other.protection.reset(); }},
+        {"version", [](PdfWish& other) { other.minor = 6; }},
+        {"level", [](PdfWish& other) { other.protection->revision = 5; }},
+        {"permissions", [](PdfWish& other) { other.protection->permissions.extract ^= true; }},
+        {"metadata", [](PdfWish& other) { other.protection->encryptMetadata ^= true; }},
+        {"password", [](PdfWish& other) { other.protection->userPassword = "another"; }},
+    };
+    for (const Case& c : kCases) {
+        PdfWish other = wish;
+        c.change(other);
+        EXPECT_FALSE(CheckPdf(bytes, other, kPages)) << c.why;
+    }
     EXPECT_FALSE(FinishPdf("no PDF", WishOf(4), [](const std::string&) {}));
 }
 
