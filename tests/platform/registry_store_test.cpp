@@ -116,19 +116,13 @@ TEST_F(RegistryStoreTest, MakesTheProfileForItsUserAlone) {
     EXPECT_EQ(Write(1), ERROR_SUCCESS);
     EXPECT_EQ(fs::status(home_).permissions(), fs::perms::owner_all);
     EXPECT_TRUE(IsHealthy());
-    ResetProfileFolder();
-    EXPECT_EQ(Read(), 1u);
-}
-
-TEST_F(RegistryStoreTest, FollowsTheProfile) {
-    ASSERT_EQ(Write(1), ERROR_SUCCESS);
     RegistryKey old;
     ASSERT_EQ(Open(KEY_READ, old), ERROR_SUCCESS);
     Use(base_ / "second");
     EXPECT_EQ(OpenAndClose(KEY_READ), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(RegQueryValueExW(old.Get(), TEXT("v"), nullptr, nullptr, nullptr, nullptr),
               ERROR_INVALID_HANDLE);
-    Use(base_ / "home");
+    Use(base_ / "deep" / "er" / "home");
     EXPECT_EQ(Read(), 1u);
 }
 
@@ -182,17 +176,14 @@ TEST_F(RegistryStoreTest, LeavesAFileAloneThatItCannotRead) {
         EXPECT_TRUE(Content() == c.content) << "the file was changed";
         EXPECT_EQ(std::distance(fs::directory_iterator(home_), {}), 1);
     }
-    // Put back, it works without a new start.
+    // Put back, it works without a new start; an empty one is a new registry.
     SetContent(good);
     EXPECT_EQ(Read(), 1u);
-    EXPECT_TRUE(IsHealthy());
-}
-
-TEST_F(RegistryStoreTest, AnEmptyFileIsANewRegistry) {
-    fs::create_directories(home_);
+    ResetProfileFolder();
     SetContent("");
-    EXPECT_EQ(Write(1), ERROR_SUCCESS);
-    EXPECT_EQ(Read(), 1u);
+    EXPECT_EQ(Write(2), ERROR_SUCCESS);
+    EXPECT_EQ(Read(), 2u);
+    EXPECT_TRUE(IsHealthy());
 }
 
 TEST_F(RegistryStoreTest, AReadOnlyProfileCanBeRead) {

@@ -3,10 +3,11 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <iterator>
-#include <thread>
 #include <vector>
 
 #include "platform/text.h"
+#include "tests/platform/error_names.h"
+#include "tests/support/case_table.h"
 #include "tests/support/test_profile.h"
 
 namespace platform {
@@ -84,38 +85,20 @@ TEST_F(RegistryTest, CreatesWholePathsAndSaysWhatItDid) {
 
 TEST_F(RegistryTest, ResolvesPaths) {
     Create(root_.Get(), TEXT("one\\Zwölf"));
-    const WideString name(255, u'n');
-    Create(root_.Get(), name.c_str());
-    const WideString tooLong(300, u'n');
-    const struct {
-        const WCHAR* path;
-        LSTATUS result;
-    } kCases[] = {
-        {nullptr, ERROR_SUCCESS},
-        {TEXT(""), ERROR_SUCCESS},
-        {TEXT("one"), ERROR_SUCCESS},
-        {TEXT("ONE\\zWÖLF"), ERROR_SUCCESS},
-        {TEXT("one\\"), ERROR_SUCCESS},
-        {TEXT("one\\\\Zwölf"), ERROR_SUCCESS},
-        {TEXT("\\one"), ERROR_BAD_PATHNAME},
-        {TEXT("two"), ERROR_FILE_NOT_FOUND},
-        {TEXT("one\\two\\three"), ERROR_FILE_NOT_FOUND},
-        {TEXT("one/Zwölf"), ERROR_FILE_NOT_FOUND},
-        {name.c_str(), ERROR_SUCCESS},
-    };
-    for (const auto& c : kCases) {
-        SCOPED_TRACE(c.path ? ToUtf8(c.path) : "null");
+    for (const auto& row : test_support::ReadCases(PLATFORM_CASES "registry_paths.tsv", 2)) {
+        SCOPED_TRACE(ToUtf8(row[0]));
         HKEY key = root_.Get();
-        EXPECT_EQ(RegOpenKeyExW(root_.Get(), c.path, 0, KEY_READ, &key), c.result);
-        if (c.result != ERROR_SUCCESS) {
-            EXPECT_EQ(key, nullptr);
-        } else {
-            EXPECT_EQ(RegCloseKey(key), ERROR_SUCCESS);
-        }
+        const auto error = static_cast<LSTATUS>(ErrorNamed(row[1]));
+        EXPECT_EQ(RegOpenKeyExW(root_.Get(), row[0].c_str(), 0, KEY_READ, &key), error);
+        EXPECT_EQ(key == nullptr, error != ERROR_SUCCESS);
+        if (key) RegCloseKey(key);
     }
+    EXPECT_EQ(Open(nullptr), ERROR_SUCCESS);
+    Create(root_.Get(), WideString(255, u'n').c_str());
+    EXPECT_EQ(Open(WideString(255, u'n').c_str()), ERROR_SUCCESS);
     RegistryKey key;
-    EXPECT_EQ(RegCreateKeyExW(root_.Get(), tooLong.c_str(), 0, nullptr, 0, KEY_READ, nullptr,
-                              key.Put(), nullptr),
+    EXPECT_EQ(RegCreateKeyExW(root_.Get(), WideString(300, u'n').c_str(), 0, nullptr, 0, KEY_READ,
+                              nullptr, key.Put(), nullptr),
               ERROR_INVALID_PARAMETER);
 }
 
@@ -135,39 +118,34 @@ TEST_F(RegistryTest, ChecksHandles) {
 }
 
 TEST_F(RegistryTest, KeepsEveryByteUnderEveryType) {
-    const struct {
-        const char* why;
-        DWORD type;
-        Bytes data;
-    } kCases[] = {
-        {"number", REG_DWORD, {1, 2, 3, 4}},
-        {"number of three bytes", REG_DWORD, {1, 2, 3}},
-        {"terminated text", REG_SZ, {'a', 0, 0, 0}},
-        {"text of odd length", REG_SZ, {'a', 0, 'b'}},
-        {"text with zeros inside", REG_EXPAND_SZ, {'a', 0, 0, 0, 'b', 0, 0, 0}},
-        {"lone surrogate", REG_SZ, {0x00, 0xD8, 0, 0}},
-        {"list", REG_MULTI_SZ, {'a', 0, 0, 0, 0, 0}},
-        {"empty", REG_BINARY, {}},
-        {"empty text", REG_SZ, {}},
-        {"unknown type", 0xFEDCBA98, {9}},
-        {"large", REG_BINARY, Bytes(300'000, 0xA5)},
+    const std::pair<DWORD, Bytes> kCases[] = {
+        {REG_DWORD, {1, 2, 3, 4}},
+        {REG_DWORD, {1, 2, 3}},
+        {REG_SZ, {'a', 0, 0, 0}},
+        {REG_SZ, {'a', 0, 'b'}},
+        {REG_EXPAND_SZ, {'a', 0, 0, 0, 'b', 0, 0, 0}},
+        {REG_SZ, {0x00, 0xD8, 0, 0}},
+        {REG_MULTI_SZ, {'a', 0, 0, 0, 0, 0}},
+        {REG_BINARY, {}},
+        {REG_SZ, {}},
+        {0xFEDCBA98, {9}},
+        {REG_BINARY, Bytes(300'000, 0xA5)},
     };
-    for (const auto& c : kCases) {
-        SCOPED_TRACE(c.why);
-        ASSERT_EQ(Write(TEXT("value"), c.type, c.data), ERROR_SUCCESS);
+    for (const auto& [kind, data] : kCases) {
+        SCOPED_TRACE(::testing::Message() << kind << " of " << data.size());
+        ASSERT_EQ(Write(TEXT("value"), kind, data), ERROR_SUCCESS);
         DWORD type = 77;
         DWORD size = 77;
         EXPECT_EQ(RegQueryValueExW(root_.Get(), TEXT("VALUE"), nullptr, &type, nullptr, &size),
                   ERROR_SUCCESS);
-        EXPECT_EQ(type, c.type);
-        ASSERT_EQ(size, c.data.size());
+        EXPECT_EQ(type, kind);
+        ASSERT_EQ(size, data.size());
         Bytes read(size + 1, 0xCC);
         EXPECT_EQ(RegQueryValueExW(root_.Get(), TEXT("value"), nullptr, &type, read.data(), &size),
                   ERROR_SUCCESS);
-        EXPECT_EQ(size, c.data.size());
-        EXPECT_EQ(read.back(), 0xCC);
-        read.pop_back();
-        EXPECT_EQ(read, c.data);
+        Bytes guarded = data;
+        guarded.push_back(0xCC);
+        EXPECT_EQ(read, guarded);
     }
 }
 
@@ -198,53 +176,31 @@ TEST_F(RegistryTest, ReportsSizesAndKeepsOutParametersOnFailure) {
 }
 
 TEST_F(RegistryTest, TerminatesTextsOnlyWhereThereIsRoom) {
+    const Bytes kStored = {'a', 0, 'b', 0};
     const struct {
-        const char* why;
         DWORD type;
-        Bytes stored;
         DWORD room;
-        Bytes read;
-    } kCases[] = {
-        {"room", REG_SZ, {'a', 0, 'b', 0}, 6, {'a', 0, 'b', 0, 0, 0, 0xCC, 0xCC}},
-        {"one byte short", REG_SZ, {'a', 0, 'b', 0}, 5, {'a', 0, 'b', 0, 0xCC, 0xCC, 0xCC, 0xCC}},
-        {"terminated", REG_SZ, {'a', 0, 0, 0}, 8, {'a', 0, 0, 0, 0xCC, 0xCC, 0xCC, 0xCC}},
-        {"bytes", REG_BINARY, {'a', 0, 'b', 0}, 8, {'a', 0, 'b', 0, 0xCC, 0xCC, 0xCC, 0xCC}},
-    };
+        Bytes behind;
+    } kCases[] = {{REG_SZ, 6, {0, 0, 0xCC, 0xCC}},
+                  {REG_SZ, 5, {0xCC, 0xCC, 0xCC, 0xCC}},
+                  {REG_BINARY, 8, {0xCC, 0xCC, 0xCC, 0xCC}}};
     for (const auto& c : kCases) {
-        SCOPED_TRACE(c.why);
-        ASSERT_EQ(Write(TEXT("t"), c.type, c.stored), ERROR_SUCCESS);
+        ASSERT_EQ(Write(TEXT("t"), c.type, kStored), ERROR_SUCCESS);
         Bytes read(8, 0xCC);
         DWORD size = c.room;
         EXPECT_EQ(RegQueryValueExW(root_.Get(), TEXT("t"), nullptr, nullptr, read.data(), &size),
                   ERROR_SUCCESS);
-        EXPECT_EQ(size, c.stored.size());
-        EXPECT_EQ(read, c.read);
+        EXPECT_EQ(size, kStored.size());
+        EXPECT_EQ(Bytes(read.begin(), read.begin() + 4), kStored);
+        EXPECT_EQ(Bytes(read.begin() + 4, read.end()), c.behind) << c.type << ' ' << c.room;
     }
 }
 
 TEST_F(RegistryTest, ComparesNamesWithoutCase) {
-    const struct {
-        const WCHAR* written;
-        const WCHAR* asked;
-        bool same;
-    } kCases[] = {
-        {TEXT("Name"), TEXT("nAME"), true},
-        {TEXT("äöüéçñ"), TEXT("ÄÖÜÉÇÑ"), true},
-        {TEXT("\u03b1\u03ac\u03c9"), TEXT("\u0391\u0386\u03a9"), true},
-        {TEXT("\u0436\u045f\u0450"), TEXT("\u0416\u040f\u0400"), true},
-        {TEXT("\u0101\u017e\u1ea1\u1f00"), TEXT("\u0100\u017d\u1ea0\u1f08"), true},
-        {TEXT("\uff41"), TEXT("\uff21"), true},
-        {TEXT("\u00df"), TEXT("SS"), false},
-        {TEXT("\u0131"), TEXT("I"), false},
-        {TEXT("\u00f7"), TEXT("\u00d7"), false},
-        {TEXT("[`{@"), TEXT("{@[`"), false},
-        {TEXT("a"), TEXT("a "), false},
-    };
-    for (const auto& c : kCases) {
-        SCOPED_TRACE(ToUtf8(c.written));
-        ASSERT_EQ(Write(c.written, REG_DWORD, {1, 0, 0, 0}), ERROR_SUCCESS);
-        EXPECT_EQ(Has(c.asked), c.same);
-        EXPECT_EQ(RegDeleteValueW(root_.Get(), c.written), ERROR_SUCCESS);
+    for (const auto& row : test_support::ReadCases(PLATFORM_CASES "value_names.tsv", 3)) {
+        ASSERT_EQ(Write(row[0].c_str(), REG_DWORD, {1, 0, 0, 0}), ERROR_SUCCESS);
+        EXPECT_EQ(Has(row[1].c_str()), row[2] == TEXT("yes")) << ToUtf8(row[0]);
+        EXPECT_EQ(RegDeleteValueW(root_.Get(), row[0].c_str()), ERROR_SUCCESS);
     }
 }
 
@@ -316,50 +272,25 @@ TEST_F(RegistryTest, DeletesWhatIsBelowAndKeepsTheRest) {
 
 TEST_F(RegistryTest, EveryChangeMovesTheKeysTimeForward) {
     const RegistryKey child = Create(root_.Get(), TEXT("child"));
+    const BYTE byte = 0;
     ULONGLONG last = TimeOf(root_.Get());
-    BYTE counter = 0;
-    for (int i = 0; i < 20; ++i) {
-        ++counter;
-        ASSERT_EQ(RegSetValueExW(root_.Get(), TEXT("v"), 0, REG_BINARY, &counter, 1),
-                  ERROR_SUCCESS);
+    const auto expectChange = [&](const char* why) {
         const ULONGLONG time = TimeOf(root_.Get());
-        ASSERT_GT(time, last);
+        EXPECT_GT(time, last) << why;
         last = time;
+    };
+    for (BYTE i = 0; i < 20; ++i) {
+        ASSERT_EQ(Write(TEXT("v"), REG_BINARY, {i}), ERROR_SUCCESS);
+        expectChange("written");
     }
     Create(root_.Get(), TEXT("other"));
-    EXPECT_GT(TimeOf(root_.Get()), last);
-    last = TimeOf(root_.Get());
+    expectChange("a key made");
     EXPECT_EQ(RegDeleteTreeW(root_.Get(), TEXT("other")), ERROR_SUCCESS);
-    EXPECT_GT(TimeOf(root_.Get()), last);
-    last = TimeOf(root_.Get());
+    expectChange("a key deleted");
     EXPECT_EQ(RegDeleteValueW(root_.Get(), TEXT("v")), ERROR_SUCCESS);
-    EXPECT_GT(TimeOf(root_.Get()), last);
-    last = TimeOf(root_.Get());
-    ASSERT_EQ(RegSetValueExW(child.Get(), TEXT("v"), 0, REG_BINARY, &counter, 1), ERROR_SUCCESS);
-    EXPECT_EQ(TimeOf(root_.Get()), last);
-}
-
-TEST_F(RegistryTest, ThreadsShareAHandle) {
-    constexpr int kThreads = 4;
-    constexpr DWORD kWrites = 10;
-    std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back([this, t] {
-            const WCHAR name[] = {static_cast<WCHAR>(u'a' + t), 0};
-            for (DWORD i = 1; i <= kWrites; ++i) {
-                DWORD read = 0;
-                DWORD size = sizeof read;
-                EXPECT_EQ(RegSetValueExW(root_.Get(), name, 0, REG_DWORD,
-                                         reinterpret_cast<const BYTE*>(&i), sizeof i),
-                          ERROR_SUCCESS);
-                EXPECT_EQ(RegQueryValueExW(root_.Get(), name, nullptr, nullptr,
-                                           reinterpret_cast<BYTE*>(&read), &size),
-                          ERROR_SUCCESS);
-                EXPECT_EQ(read, i);
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
+    expectChange("a value deleted");
+    ASSERT_EQ(RegSetValueExW(child.Get(), TEXT("v"), 0, REG_BINARY, &byte, 1), ERROR_SUCCESS);
+    EXPECT_EQ(TimeOf(root_.Get()), last) << "a change below is none here";
 }
 
 }  // namespace
