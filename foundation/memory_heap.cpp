@@ -110,6 +110,9 @@ ListHead<MemPage>& MemHeap::ListOf(const MemPage& page) noexcept {
 }
 
 void* MemHeap::Allocate(MemRoot& root, std::uint32_t sizeClass) noexcept {
+    // Pages begin where few sets of a cache keep their headers: this one is fetched while the lock
+    // is taken. Without a page the hint does nothing.
+    _mm_prefetch(reinterpret_cast<const char*>(First(bins[sizeClass])), _MM_HINT_T0);
     for (;;) {
         {
             const HeapLock held(*this);

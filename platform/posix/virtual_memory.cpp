@@ -15,7 +15,7 @@ constexpr SIZE_T kHugePage = 0x200000;
 
 // A process that holds this much gets huge pages, which spare it most misses of the processor's
 // table of addresses; one that holds less would mostly get memory that it does not touch.
-constexpr SIZE_T kEnoughForHugePages = 0x2000000;
+constexpr SIZE_T kEnoughForHugePages = 0x1000000;
 
 class Allocations {
 public:
