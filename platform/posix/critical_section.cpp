@@ -36,27 +36,36 @@ namespace {
 
 }  // namespace
 
-// The word that a waiter sleeps on is 1 as long as somebody holds the section. A leaver clears it
-// and then looks for waiters; a waiter counts itself, lets all threads pass a barrier, and then
-// looks at the word. So either the leaver sees the count or the waiter sees the cleared word.
+// A leaver clears `isHeld` and then looks for waiters; a waiter counts itself, lets all threads
+// pass a barrier, and then looks at `isHeld`. So either the leaver sees the count or the waiter
+// sees the section free. A leaver that wakes takes one off the count, lest all who leave until the
+// woken one runs wake again; whoever finds the section held once more counts itself anew. A count
+// that is left over, of a waiter that got in without sleeping, costs one useless wake.
 void EnterContended(CRITICAL_SECTION& section) noexcept {
-    for (std::uint32_t i = 0; i < section.spinCount; ++i) {
-        if (TryEnter(section)) return;
-        _mm_pause();
-    }
-    section.waiters.fetch_add(1);
     constexpr timespec kOneMillisecond{0, 1'000'000};
-    // A process that was barred from barriers after its start may miss a wake-up: it looks by
-    // itself.
-    const timespec* const timeout = FenceAllThreads() ? nullptr : &kOneMillisecond;
-    while (!TryEnter(section)) {
-        (void)syscall(SYS_futex, &section.isHeld, FUTEX_WAIT_PRIVATE, 1, timeout, nullptr, 0);
+    for (;;) {
+        for (std::uint32_t i = 0; i < section.spinCount; ++i) {
+            if (TryEnter(section)) return;
+            _mm_pause();
+        }
+        const std::uint32_t wakes = section.wakes.load();
+        section.waiters.fetch_add(1);
+        // A process that was barred from barriers after its start may miss a wake: it looks by
+        // itself.
+        const timespec* const timeout = FenceAllThreads() ? nullptr : &kOneMillisecond;
+        if (TryEnter(section)) return;
+        (void)syscall(SYS_futex, &section.wakes, FUTEX_WAIT_PRIVATE, wakes, timeout, nullptr, 0);
+        if (TryEnter(section)) return;
     }
-    section.waiters.fetch_sub(1);
 }
 
 void WakeWaiter(CRITICAL_SECTION& section) noexcept {
-    (void)syscall(SYS_futex, &section.isHeld, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
+    std::uint32_t count = section.waiters.load();
+    do {
+        if (count == 0) return;
+    } while (!section.waiters.compare_exchange_weak(count, count - 1));
+    section.wakes.fetch_add(1);  // For a waiter that is not asleep yet.
+    (void)syscall(SYS_futex, &section.wakes, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
 }
 
 }  // namespace platform
@@ -64,6 +73,7 @@ void WakeWaiter(CRITICAL_SECTION& section) noexcept {
 BOOL InitializeCriticalSectionAndSpinCount(LPCRITICAL_SECTION section, DWORD spinCount) noexcept {
     section->isHeld.store(0, std::memory_order_relaxed);
     section->waiters.store(0, std::memory_order_relaxed);
+    section->wakes.store(0, std::memory_order_relaxed);
     section->owner.store(nullptr, std::memory_order_relaxed);
     section->depth = 0;
     section->spinCount = spinCount;

@@ -46,8 +46,9 @@ inline const void* ThisThread() noexcept { return __builtin_thread_pointer(); }
 /// A lock that the thread which holds it may enter again. Zeroed memory is one that is free. To
 /// enter costs one locked instruction, to leave none, as long as nobody waits.
 struct CRITICAL_SECTION {
-    std::atomic<std::uint32_t> isHeld;   // what waiters sleep on
-    std::atomic<std::uint32_t> waiters;  // threads that sleep or are about to
+    std::atomic<std::uint32_t> isHeld;
+    std::atomic<std::uint32_t> waiters;  // at least the threads that sleep or are about to
+    std::atomic<std::uint32_t> wakes;    // what they sleep on: counts the calls to wake one
     std::atomic<const void*> owner;
     std::uint32_t depth;  // the holder's
     std::uint32_t spinCount;
