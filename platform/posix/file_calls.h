@@ -121,9 +121,6 @@ BOOL GetFileSizeEx(HANDLE file, LARGE_INTEGER* size) noexcept;
 /// The time of creation is the time of the last status change where the file system keeps no
 /// better.
 BOOL GetFileTime(HANDLE file, FILETIME* creation, FILETIME* access, FILETIME* write) noexcept;
-/// Null leaves a time as it is; the time of creation cannot be set and is passed over.
-BOOL SetFileTime(HANDLE file, const FILETIME* creation, const FILETIME* access,
-                 const FILETIME* write) noexcept;
 /// The volume is the device number, the index the inode.
 BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* information) noexcept;
 /// Knows FileIdInfo. ERROR_BAD_LENGTH if `bytes` is too small.

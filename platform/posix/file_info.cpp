@@ -18,10 +18,6 @@ constexpr mode_t kAllMayWrite = S_IWUSR | S_IWGRP | S_IWOTH;
 DWORD HighHalf(ULONGLONG value) noexcept { return static_cast<DWORD>(value >> 32); }
 DWORD LowHalf(ULONGLONG value) noexcept { return static_cast<DWORD>(value); }
 
-timespec TimeToSet(const FILETIME* time) noexcept {
-    return time ? HostTimeOf(*time) : timespec{0, UTIME_OMIT};
-}
-
 /// Gives the record of a handle, or FALSE with the error code set.
 bool StatusOf(HANDLE handle, const char* call, struct stat& status) noexcept {
     const ObjectRef<FileObject> file = FindObject<FileObject>(handle);
@@ -74,16 +70,6 @@ BOOL GetFileTime(HANDLE handle, FILETIME* creation, FILETIME* access, FILETIME* 
     if (access) *access = platform::FileTimeOf(status.st_atim);
     if (write) *write = platform::FileTimeOf(status.st_mtim);
     return TRUE;
-}
-
-BOOL SetFileTime(HANDLE handle, const FILETIME*, const FILETIME* access,
-                 const FILETIME* write) noexcept {
-    using namespace platform;
-    const ObjectRef<FileObject> file = FindObject<FileObject>(handle);
-    if (!file) return FALSE;
-    if (!file->HasAccess(GENERIC_WRITE)) return Fail(ERROR_ACCESS_DENIED);
-    const timespec times[] = {TimeToSet(access), TimeToSet(write)};
-    return futimens(file->Descriptor(), times) == 0 ? TRUE : FailErrno();
 }
 
 BOOL GetFileInformationByHandle(HANDLE handle, BY_HANDLE_FILE_INFORMATION* information) noexcept {

@@ -182,11 +182,30 @@ LSTATUS RegistryDatabase::CheckSchema(bool& isNew) {
         return Error();
     }
     isNew = application == 0 && version == 0 && tables == 0;
-    if (isNew || (application == kApplicationId && version == kSchemaVersion)) return ERROR_SUCCESS;
+    if (isNew) return ERROR_SUCCESS;
+    if (application == kApplicationId && version == kSchemaVersion) {
+        return HasOwnSchema() ? ERROR_SUCCESS : ERROR_BADDB;
+    }
     if (application == kApplicationId && version > kSchemaVersion) {
         problem_ = StoreProblem::NewerFormat;
     }
     return ERROR_BADDB;
+}
+
+bool RegistryDatabase::HasOwnSchema() {
+    // A file from elsewhere may hold views that never end, triggers, or columns of other types.
+    // The database keeps each text as it was given, without the semicolon.
+    constexpr const char* kCompare =
+        "SELECT count(*) = 3 AND total(instr(?1, sql || ';') = 0) = 0 FROM sqlite_schema "
+        "WHERE sql IS NOT NULL AND name <> 'sqlite_sequence'";
+    sqlite3_stmt* statement = nullptr;
+    sqlite3_prepare_v2(connection_, kCompare, -1, &statement, nullptr);
+    const bool isOwn =
+        statement &&
+        sqlite3_bind_text(statement, 1, kCreateSchema, -1, SQLITE_STATIC) == SQLITE_OK &&
+        sqlite3_step(statement) == SQLITE_ROW && sqlite3_column_int(statement, 0);
+    sqlite3_finalize(statement);
+    return isOwn;
 }
 
 LSTATUS RegistryDatabase::CreateSchema() {
@@ -264,6 +283,10 @@ LSTATUS Statement::Run() {
 
 bool Statement::IsNull(int column) const {
     return sqlite3_column_type(statement_, column) == SQLITE_NULL;
+}
+
+bool Statement::IsBlob(int column) const {
+    return sqlite3_column_type(statement_, column) == SQLITE_BLOB;
 }
 
 std::int64_t Statement::Number(int column) const {

@@ -92,6 +92,7 @@ private:
     LSTATUS Connect(const std::string& path, int flags);
     LSTATUS OpenEmpty();
     LSTATUS CheckSchema(bool& isNew);
+    bool HasOwnSchema();
     LSTATUS CreateSchema();
     LSTATUS Fail(LSTATUS error);
     bool Execute(const char* sql);
@@ -129,6 +130,7 @@ public:
     LSTATUS Run();
 
     [[nodiscard]] bool IsNull(int column) const;
+    [[nodiscard]] bool IsBlob(int column) const;
     [[nodiscard]] std::int64_t Number(int column) const;
     /// Bytes that stay valid until the next step; null when there are none.
     const void* Bytes(int column, DWORD& size) const;

@@ -225,6 +225,8 @@ LSTATUS RegistryStore::ReadValue(KeyId key, WideView name, DWORD& type, BYTE* da
     if (status != ERROR_SUCCESS) return status;
     if (!found) return ERROR_KEY_DELETED;
     if (statement.IsNull(0)) return ERROR_FILE_NOT_FOUND;
+    // The file may come from elsewhere, and a conversion would move the bytes.
+    if (!statement.IsBlob(1)) return ERROR_REGISTRY_CORRUPT;
     type = static_cast<DWORD>(statement.Number(0));
     const DWORD room = size;
     const void* const stored = statement.Bytes(1, size);

@@ -186,6 +186,43 @@ TEST_F(RegistryStoreTest, LeavesAFileAloneThatItCannotRead) {
     EXPECT_TRUE(IsHealthy());
 }
 
+TEST_F(RegistryStoreTest, TakesNoTablesAndNoTypesButItsOwn) {
+    const struct {
+        const char* sql;
+        LSTATUS opened;
+        LSTATUS read;
+    } kCases[] = {
+        {"DROP TABLE vals; CREATE TABLE vals(key, folded, name, type, data)", ERROR_BADDB, 0},
+        {"DROP TABLE keys; CREATE VIEW keys AS WITH RECURSIVE n(id) AS (SELECT 1 UNION ALL "
+         "SELECT id + 1 FROM n) SELECT id, 1 parent, x'' folded, x'' name, 1 written FROM n",
+         ERROR_BADDB, 0},
+        {"CREATE TRIGGER t AFTER UPDATE ON keys BEGIN DELETE FROM vals; END", ERROR_BADDB, 0},
+        {"PRAGMA writable_schema = ON;"
+         "UPDATE sqlite_schema SET sql = replace(sql, 'STRICT, ', '') WHERE name = 'vals';"
+         "PRAGMA writable_schema = RESET; UPDATE vals SET data = 'text';"
+         "PRAGMA writable_schema = ON; UPDATE sqlite_schema "
+         "SET sql = replace(sql, 'WITHOUT', 'STRICT, WITHOUT') WHERE name = 'vals'",
+         ERROR_SUCCESS, ERROR_REGISTRY_CORRUPT},
+    };
+    ASSERT_EQ(Write(1), ERROR_SUCCESS);
+    const std::string good = Content();
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(c.sql);
+        ResetProfileFolder();
+        SetContent(good);
+        sqlite3* editor = nullptr;
+        ASSERT_EQ(sqlite3_open(file_.c_str(), &editor), SQLITE_OK);
+        EXPECT_EQ(sqlite3_exec(editor, c.sql, nullptr, nullptr, nullptr), SQLITE_OK);
+        sqlite3_close(editor);
+        RegistryKey key;
+        ASSERT_EQ(Open(KEY_READ, key), c.opened);
+        if (!key) continue;
+        BYTE data[8];
+        DWORD size = sizeof data;
+        EXPECT_EQ(RegQueryValueExW(key.Get(), TEXT("v"), nullptr, nullptr, data, &size), c.read);
+    }
+}
+
 TEST_F(RegistryStoreTest, AReadOnlyProfileCanBeRead) {
     ASSERT_EQ(Write(1), ERROR_SUCCESS);
     struct Case {
