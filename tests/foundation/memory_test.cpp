@@ -1,6 +1,7 @@
 #include "foundation/memory.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <random>
@@ -10,6 +11,8 @@
 #include "foundation/memory_layout.h"
 #include "foundation/memory_testing.h"
 #include "foundation/system_facts.h"
+#include "platform/memory.h"
+#include "platform/system.h"
 #include "platform/testing.h"
 
 namespace {
@@ -217,6 +220,38 @@ TEST(Memory, LeavesBlocksAsTheyWereWhenTheSystemFails) {
         ++failures;
     }
     EXPECT_GE(failures, 8u);
+}
+
+// What another module of the process finds, byte by byte.
+TEST(Memory, IsFoundByItsName) {
+    char name[64];
+    (void)std::snprintf(name, sizeof(name), "m.dscrt.mks.--.2.0.%X",
+                        static_cast<unsigned>(GetCurrentProcessId()));
+    const platform::MappingHandle mapping(
+        CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 4272, name));
+    ASSERT_EQ(GetLastError(), DWORD{ERROR_ALREADY_EXISTS});
+    const platform::MappedView view(MapViewOfFile(mapping.Get(), FILE_MAP_WRITE, 0, 0, 4272));
+    const auto* const bytes = static_cast<const std::byte*>(view.Get());
+    ASSERT_NE(bytes, nullptr);
+    const auto at = [&]<class T>(std::size_t offset, T value) {
+        std::memcpy(&value, bytes + offset, sizeof(value));
+        return value;
+    };
+    const auto firstView = at(0, std::uint64_t{});
+    EXPECT_NE(firstView, 0u);
+    EXPECT_NE(at(16, std::uint64_t{}), 0u) << "the global heap";
+    EXPECT_EQ(at(24, std::uint16_t{}), 12);
+    EXPECT_EQ(at(24 + 41 * 2, std::uint16_t{}), 1052);
+    EXPECT_EQ(at(108 + 67 * 4, std::uint32_t{}), 16u) << "the class of 268 bytes";
+    EXPECT_EQ(at(108 + 263 * 4, std::uint32_t{}), 41u);
+    EXPECT_GE(at(1164, std::uint32_t{}), 1u) << "modules";
+    EXPECT_EQ(at(1168, std::uint32_t{}), AUX::RegionCount());
+    EXPECT_EQ(at(1184, std::uint32_t{}), 256u);
+    EXPECT_EQ(at(1192, std::uint64_t{}), firstView + 2224);
+    AUX::Free(AUX::Alloc(1));
+    const auto* const keys = reinterpret_cast<const std::uint32_t*>(bytes + 1200);
+    const auto* const end = keys + at(1188, std::uint32_t{});
+    EXPECT_TRUE(std::binary_search(keys, end, GetCurrentThreadId()));
 }
 
 TEST(Memory, LearnsOfTheSystemAtTheStart) {
