@@ -12,6 +12,7 @@
 
 #include "chromium/page.h"
 #include "tests/chromium/browser_support.h"
+#include "tests/support/scratch_folder.h"
 
 namespace chromium {
 namespace {
@@ -56,12 +57,10 @@ protected:
     std::string oldTemporary_;
 };
 
-/// Whether a process with `text` in its command line runs; with `kill` it is also counted.
+/// Whether a process with `text` in its command line runs.
 bool RunsProcessWith(const std::string& text) {
     for (const auto& entry : fs::directory_iterator("/proc")) {
-        std::ifstream line(entry.path() / "cmdline", std::ios::binary);
-        const std::string words{std::istreambuf_iterator<char>(line),
-                                std::istreambuf_iterator<char>()};
+        const std::string words = test_support::ReadHostFile(entry.path() / "cmdline");
         if (words.find(text) != std::string::npos) return true;
     }
     return false;

@@ -3,8 +3,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <string>
+#include <utility>
 
 namespace test_support {
 
@@ -28,10 +29,13 @@ private:
     std::filesystem::path path_;
 };
 
-/// The content of a file; empty if it cannot be read.
+/// The content of a file; what was read of it, if it cannot be read to its end: a file of /proc
+/// fails while it is read when its process ends, and a stream's iterators would throw then.
 inline std::string ReadHostFile(const std::filesystem::path& path) {
     std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    std::ostringstream text;
+    text << in.rdbuf();
+    return std::move(text).str();
 }
 
 }  // namespace test_support
