@@ -18,6 +18,12 @@ inline constexpr DWORD DLL_PROCESS_ATTACH = 1;
 /// \return null with ERROR_MOD_NOT_FOUND, ERROR_BAD_EXE_FORMAT (no module of this machine) or
 ///         ERROR_DLL_INIT_FAILED (its DllMain gave FALSE).
 HMODULE LoadLibraryW(LPCWSTR name) noexcept;
+inline constexpr DWORD LOAD_LIBRARY_AS_DATAFILE = 2;
+/// With LOAD_LIBRARY_AS_DATAFILE gives a module of which only the resources can be read: its code is
+/// not run, it has no exports, and no name finds it. Without flags the same as LoadLibraryW.
+/// \param file  Null.
+/// \return null with LoadLibraryW's error codes, ERROR_INVALID_PARAMETER for other flags.
+HMODULE LoadLibraryExW(LPCWSTR name, HANDLE file, DWORD flags) noexcept;
 /// ERROR_MOD_NOT_FOUND if `module` is not loaded.
 BOOL FreeLibrary(HMODULE module) noexcept;
 /// Null with ERROR_PROC_NOT_FOUND. Exports of the modules that it depends on do not count.

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "platform/modules.h"
+#include "platform/posix/module_image.h"
 #include "platform/text.h"
 
 namespace platform {
@@ -17,6 +18,8 @@ struct Module {
     WideString path;          // whole, Windows' form
     unsigned uses = 0;
     bool isAttached = false;  // its DllMain has been told of the start and not yet of the end
+    bool isData = false;      // its code was not loaded: it has resources only
+    ModuleImage image;        // mapped when the first resource is asked for
 };
 
 /// A function of a module that the layer itself provides.

@@ -121,7 +121,7 @@ HMODULE LoadFile(const std::string& host) {
     // An ELF file that does not load lacks a module that it needs.
     if (!library) return FailLoad(IsElf(path) ? ERROR_MOD_NOT_FOUND : ERROR_BAD_EXE_FORMAT);
     for (const auto& loaded : Table().modules) {
-        if (loaded->library != library) continue;
+        if (loaded->library != library || loaded->isData) continue;
         dlclose(library);
         ++loaded->uses;
         return HandleOf(*loaded);
@@ -134,6 +134,18 @@ HMODULE LoadFile(const std::string& host) {
     }
     // Registered after the module's own destructors, so it runs before them, whichever comes last.
     (void)std::atexit(DetachAll);
+    return HandleOf(*module);
+}
+
+HMODULE LoadData(const std::string& host) {
+    WideString shown;
+    if (access(host.c_str(), F_OK) != 0 || !ToWindowsPath(host, shown)) {
+        return FailLoad(ERROR_MOD_NOT_FOUND);
+    }
+    ModuleImage image;
+    if (!image.Open(host)) return FailLoad(ERROR_BAD_EXE_FORMAT);
+    Module* module = Add(nullptr, std::move(shown));
+    module->isData = true;
     return HandleOf(*module);
 }
 
@@ -150,6 +162,7 @@ bool IsPath(WideView name) { return name.find_first_of(TEXT("\\/:")) != WideView
 
 Module* FindLoaded(WideView name) {
     for (const auto& module : Table().modules) {
+        if (module->isData) continue;
         const WideView known = IsPath(name) ? WideView(module->path) : BaseNameOf(module->path);
         if (IsSameName(known, name)) return module.get();
     }
@@ -162,16 +175,20 @@ HMODULE FindHandle(WideView name) {
     return module ? HandleOf(*module) : nullptr;
 }
 
+WideString BesideProgram(const WideString& name) {
+    const WideString& program = Table().program.path;
+    return program.substr(0, program.find_last_of('\\') + 1) + name;
+}
+
 HMODULE LoadByName(const WideString& name) {
     if (Module* loaded = FindLoaded(name)) {
         ++loaded->uses;
         return HandleOf(*loaded);
     }
     if (IsBuiltIn(name)) return HandleOf(*Add(nullptr, TEXT("C:\\windows\\system32\\") + name));
-    const WideString& program = Table().program.path;
-    const WideString path = program.substr(0, program.find_last_of('\\') + 1) + name;
     std::string host;
-    return ToHostPath(path.c_str(), host) == 0 ? LoadFile(host) : FailLoad(ERROR_MOD_NOT_FOUND);
+    return ToHostPath(BesideProgram(name).c_str(), host) == 0 ? LoadFile(host)
+                                                              : FailLoad(ERROR_MOD_NOT_FOUND);
 }
 
 }  // namespace
@@ -216,6 +233,20 @@ HMODULE LoadLibraryW(LPCWSTR name) noexcept {
     return ToHostPath(whole.c_str(), host) == 0 ? LoadFile(host) : FailLoad(ERROR_MOD_NOT_FOUND);
 }
 
+HMODULE LoadLibraryExW(LPCWSTR name, HANDLE file, DWORD flags) noexcept {
+    using namespace platform;
+    if (InjectFault("LoadLibraryExW")) return nullptr;
+    if (flags == 0 && !file) return LoadLibraryW(name);
+    if (!name || !*name || file || flags != LOAD_LIBRARY_AS_DATAFILE) {
+        return FailLoad(ERROR_INVALID_PARAMETER);
+    }
+    const Lock lock(ModuleLock());
+    const WideString whole = WithExtension(name);
+    std::string host;
+    const DWORD error = ToHostPath((IsPath(whole) ? whole : BesideProgram(whole)).c_str(), host);
+    return error == 0 ? LoadData(host) : FailLoad(ERROR_MOD_NOT_FOUND);
+}
+
 BOOL FreeLibrary(HMODULE handle) noexcept {
     using namespace platform;
     const Lock lock(ModuleLock());
@@ -234,7 +265,8 @@ FARPROC GetProcAddress(HMODULE handle, LPCSTR name) noexcept {
     Module* module = FindModule(handle);
     if (!module) return nullptr;
     if (!module->library) {
-        const FARPROC function = BuiltInFunction(BaseNameOf(module->path), name);
+        const FARPROC function =
+            module->isData ? nullptr : BuiltInFunction(BaseNameOf(module->path), name);
         if (!function) SetLastError(ERROR_PROC_NOT_FOUND);
         return function;
     }
