@@ -4,7 +4,9 @@
 #include <cstring>
 
 #include "foundation/utf8_block.h"
+#include "foundation/utf8_writers.h"
 #include "foundation/wstring_view.h"
+#include "platform/processor.h"
 
 namespace AUX {
 namespace {
@@ -103,9 +105,36 @@ char* WriteBlock(const WCHAR*& text, const WCHAR* end, char* out) noexcept {
     return threeByte ? block.PutThreeByte(out, threeByte) : block.PutAscii(out, ascii);
 }
 
-// Writes whole blocks while there is room for whatever they become; moves `text` on. What it writes
-// behind its end the rest of the text overwrites: each block is followed by another one's units.
-char* WriteBlocks(const WCHAR*& text, const WCHAR* end, char* out, const char* limit) noexcept {
+utf8::BlockWriter ChooseWriter() noexcept {
+    const utf8::BlockWriter writer =
+        platform::HasAvx512Compress() ? utf8::CompressBlocks : utf8::WriteBlocks;
+    utf8::chosenWriter.store(writer, std::memory_order_relaxed);
+    return writer;
+}
+
+// Writes until the text ends or the buffer is full; gives the end of what was written.
+char* Write(const WCHAR* text, const WCHAR* end, char* out, char* limit) noexcept {
+    const utf8::BlockWriter chosen = utf8::chosenWriter.load(std::memory_order_relaxed);
+    out = (chosen ? chosen : ChooseWriter())(text, end, out, limit);
+    while (text != end && out != limit) {
+        if (*text < 0x80) {
+            *out++ = static_cast<char>(*text++);
+            continue;
+        }
+        char bytes[kMaxBytes];
+        const char* const last = EncodeOne(text, end, bytes);
+        if (!PutCut(bytes, static_cast<std::size_t>(last - bytes), out, limit)) break;
+    }
+    return out;
+}
+
+}  // namespace
+
+constinit std::atomic<utf8::BlockWriter> utf8::chosenWriter{nullptr};
+
+// Each block is followed by another one's units, which overwrite what it wrote too much.
+char* utf8::WriteBlocks(const WCHAR*& text, const WCHAR* end, char* out,
+                        const char* limit) noexcept {
     constexpr std::ptrdiff_t kBlockRoom = utf8::kBlockUnits * 4;
     constexpr std::ptrdiff_t kRunRoom = utf8::kRunUnits * 4;
     static_assert(kBlockRoom >= utf8::kBlockReach);
@@ -123,23 +152,6 @@ char* WriteBlocks(const WCHAR*& text, const WCHAR* end, char* out, const char* l
     }
     return out;
 }
-
-// Writes until the text ends or the buffer is full; gives the end of what was written.
-char* Write(const WCHAR* text, const WCHAR* end, char* out, char* limit) noexcept {
-    out = WriteBlocks(text, end, out, limit);
-    while (text != end && out != limit) {
-        if (*text < 0x80) {
-            *out++ = static_cast<char>(*text++);
-            continue;
-        }
-        char bytes[kMaxBytes];
-        const char* const last = EncodeOne(text, end, bytes);
-        if (!PutCut(bytes, static_cast<std::size_t>(last - bytes), out, limit)) break;
-    }
-    return out;
-}
-
-}  // namespace
 
 std::size_t EncodeUtf8(const WCHAR* text, std::int64_t length, char* buffer, std::size_t bufferSize,
                        bool withMark) noexcept {

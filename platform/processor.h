@@ -4,6 +4,14 @@
 
 #include "platform/base.h"
 
+namespace platform {
+
+/// Tells whether the processor packs chosen bytes of a register of 64 closely (AVX-512 VBMI2) and
+/// the system lets programs use it. The system's own question does not know of it.
+[[nodiscard]] bool HasAvx512Compress() noexcept;
+
+}  // namespace platform
+
 #ifndef _WIN32
 
 inline constexpr DWORD PF_SSE4_2_INSTRUCTIONS_AVAILABLE = 38;

@@ -13,7 +13,9 @@
 #include "foundation/astring.h"
 #include "foundation/memory_testing.h"
 #include "foundation/utf8.h"
+#include "foundation/utf8_writers.h"
 #include "foundation/wstring.h"
+#include "platform/processor.h"
 
 namespace {
 
@@ -259,6 +261,32 @@ TEST(EncodeUtf8, EncodesEachLengthAndLoneSurrogates) {
     EXPECT_EQ(EncodeUtf8(nullptr, 5, &byte, 1, true), 0u);
     EXPECT_EQ(EncodeUtf8(TEXT("abc"), -1, nullptr, 7, false), 3u);
     EXPECT_EQ(EncodeUtf8(TEXT("abc"), -1, &byte, 0, true), 6u);
+}
+
+TEST(EncodeUtf8, GivesTheSameBytesOnEveryProcessor) {
+    if (!platform::HasAvx512Compress()) GTEST_SKIP() << "this processor has one form only";
+    std::mt19937 random(17);
+    const AUX::utf8::BlockWriter kWriters[] = {AUX::utf8::WriteBlocks, AUX::utf8::CompressBlocks};
+    for (int run = 0; run < 3000; ++run) {
+        SCOPED_TRACE(run);
+        // Stretches of one sort, in which a lone unit of any sort may stand.
+        constexpr WCHAR kStarts[] = {0, 0x60, 0x7C0, 0x4E00, 0xD800, 0xDBC0, 0xDC00, 0xFFC0};
+        std::vector<WCHAR> text(random() % 300);
+        WCHAR start = 0;
+        for (WCHAR& unit : text) {
+            if (random() % 32 == 0) start = kStarts[random() % 8];
+            unit =
+                static_cast<WCHAR>((random() % 64 ? start : kStarts[random() % 8]) + random() % 64);
+            if (start == 0xD800 && &unit > text.data() && (&unit - text.data()) % 2) unit |= 0x400;
+        }
+        std::string results[2];
+        for (const int form : {0, 1}) {
+            AUX::utf8::chosenWriter = kWriters[form];
+            results[form] = Encode(WideString(text.begin(), text.end()), false);
+        }
+        AUX::utf8::chosenWriter = nullptr;
+        ASSERT_EQ(results[0], results[1]);
+    }
 }
 
 TEST(EncodeUtf8, FindsEveryCharacterAndCutsAtTheEndOfTheBuffer) {
