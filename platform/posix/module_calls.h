@@ -19,8 +19,8 @@ inline constexpr DWORD DLL_PROCESS_ATTACH = 1;
 ///         ERROR_DLL_INIT_FAILED (its DllMain gave FALSE).
 HMODULE LoadLibraryW(LPCWSTR name) noexcept;
 inline constexpr DWORD LOAD_LIBRARY_AS_DATAFILE = 2;
-/// With LOAD_LIBRARY_AS_DATAFILE gives a module of which only the resources can be read: its code is
-/// not run, it has no exports, and no name finds it. Without flags the same as LoadLibraryW.
+/// With LOAD_LIBRARY_AS_DATAFILE gives a module of which only the resources can be read: its code
+/// is not run, it has no exports, and no name finds it. Without flags the same as LoadLibraryW.
 /// \param file  Null.
 /// \return null with LoadLibraryW's error codes, ERROR_INVALID_PARAMETER for other flags.
 HMODULE LoadLibraryExW(LPCWSTR name, HANDLE file, DWORD flags) noexcept;
