@@ -6,6 +6,8 @@
 
 #ifndef _WIN32
 
+#include "platform/posix/user/window_calls.h"
+
 inline constexpr UINT MB_OK = 0x0;
 inline constexpr UINT MB_ICONERROR = 0x10;
 inline constexpr UINT MB_ICONEXCLAMATION = 0x30;
@@ -16,14 +18,11 @@ inline constexpr int IDNO = 7;
 
 /// Writes the message to the standard error output and gives IDOK, or what a test has installed.
 int MessageBoxW(HWND owner, LPCWSTR text, LPCWSTR caption, UINT type) noexcept;
-/// The active window of the calling thread, or null.
-HWND GetActiveWindow() noexcept;
 
 /// Turns a terminated text into capitals where it stands, or gives the capital of the single
 /// character that stands in place of the pointer.
 LPWSTR CharUpperW(LPWSTR text) noexcept;
 
-using HCURSOR = HICON;
 #define IDC_ARROW (reinterpret_cast<LPCWSTR>(UINT_PTR{32512}))
 #define IDC_WAIT (reinterpret_cast<LPCWSTR>(UINT_PTR{32514}))
 

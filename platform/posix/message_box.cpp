@@ -36,6 +36,3 @@ int MessageBoxW(HWND owner, LPCWSTR text, LPCWSTR caption, UINT type) noexcept {
     std::fprintf(stderr, "%s\n", platform::ToUtf8(TextOf(text)).c_str());
     return IDOK;
 }
-
-// No window of this build takes the input.
-HWND GetActiveWindow() noexcept { return nullptr; }

@@ -3,9 +3,8 @@
 /// The shell's calls for systems that lack them.
 
 #include "platform/posix/com_types.h"
+#include "platform/posix/user/window_types.h"
 
-inline constexpr INT SW_SHOWNORMAL = 1;
-inline constexpr INT SW_SHOW = 5;
 inline constexpr INT SE_ERR_FNF = 2;
 inline constexpr INT SE_ERR_PNF = 3;
 inline constexpr INT SE_ERR_ACCESSDENIED = 5;
