@@ -1,3 +1,4 @@
+#include "platform/posix/gdi/gdi_calls.h"
 #include "platform/posix/user/window.h"
 
 namespace platform::user {
@@ -58,6 +59,25 @@ LRESULT TellPlace(HWND handle, const WINDOWPOS& changed) {
     return 0;
 }
 
+LRESULT Erase(HWND handle, HDC dc) {
+    HBRUSH brush = nullptr;
+    RECT client{};
+    {
+        const Lock lock(UserLock());
+        const Window* window = FindWindow(handle);
+        if (!window) return 0;
+        brush = window->windowClass->info.hbrBackground;
+        client = {0, 0, WidthOf(window->client), HeightOf(window->client)};
+    }
+    return brush && FillRect(dc, &client, brush);
+}
+
+LRESULT PaintNothing(HWND handle) {
+    PAINTSTRUCT paint;
+    if (BeginPaint(handle, &paint)) EndPaint(handle, &paint);
+    return 0;
+}
+
 }  // namespace
 }  // namespace platform::user
 
@@ -89,8 +109,9 @@ LRESULT DefWindowProcW(HWND handle, UINT message, WPARAM wParam, LPARAM lParam) 
         case WM_NOTIFYFORMAT:
             return lParam == NF_QUERY ? NFR_UNICODE : 0;
         case WM_PAINT:
-            ValidateRect(handle, nullptr);
-            return 0;
+            return PaintNothing(handle);
+        case WM_ERASEBKGND:
+            return Erase(handle, reinterpret_cast<HDC>(wParam));
         default:
             return 0;
     }

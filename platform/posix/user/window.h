@@ -14,6 +14,10 @@
 #include "platform/posix/user/window_calls.h"
 #include "platform/text.h"
 
+namespace platform::gdi {
+struct Surface;
+}
+
 namespace platform::user {
 
 using Lock = std::unique_lock<std::recursive_mutex>;
@@ -81,6 +85,7 @@ struct Window {
     RECT invalid = {};  // of the client area; empty if all is valid
     bool mustErase = false;
     bool isDestroying = false;
+    std::shared_ptr<gdi::Surface> surface;  // of a window that is no child
 };
 
 /// Null with ERROR_INVALID_WINDOW_HANDLE. The lock must be held.
@@ -98,6 +103,9 @@ Window& TopOf(Window& window) noexcept;
 Window& AddWindow(std::unique_ptr<Window> window) noexcept;
 /// Ends a window that has no children any more, and all that refers to it.
 void RemoveWindow(Window& window) noexcept;
+
+/// The windows of the process.
+std::size_t CountWindows() noexcept;
 
 /// The calling thread.
 Thread& ThisThread() noexcept;

@@ -1,26 +1,16 @@
 #include <algorithm>
 #include <chrono>
 
+#include "platform/posix/handle_table.h"
 #include "platform/posix/user/window.h"
 #include "platform/system.h"
 
 namespace platform::user {
 namespace {
 
-// A handle is the place in the table plus a count of the place's uses, so that one that is kept too
-// long is told from that of the next window.
-constexpr std::size_t kPlaceBits = 16;
-constexpr std::size_t kFirstPlace = 16;  // no handle looks like a small number
-constexpr std::size_t kMostUses = 0x7FFF;
-
-struct Place {
-    std::unique_ptr<Window> window;
-    std::size_t uses = 0;
-};
-
 struct Table {
     std::recursive_mutex lock;
-    std::vector<Place> places{kFirstPlace};
+    HandleTable<Window> windows;
     std::vector<Window*> topLevels;
 };
 
@@ -28,10 +18,6 @@ struct Table {
 Table& TheTable() {
     static Table& table = *new Table;
     return table;
-}
-
-HWND HandleOf(std::size_t place, std::size_t uses) {
-    return reinterpret_cast<HWND>(uses << kPlaceBits | place);
 }
 
 /// Ends the windows of a thread that ends, as the system does, without a message; who still waits
@@ -47,8 +33,10 @@ struct ThreadHolder {
             Wake(*message->sender);
         }
         thread.sent.clear();
-        for (Place& place : TheTable().places) {
-            if (place.window && place.window->thread == &thread) RemoveTree(*place.window);
+        const HandleTable<Window>& windows = TheTable().windows;
+        const auto isOwn = [&](const Window& window) { return window.thread == &thread; };
+        for (const std::uintptr_t own : windows.HandlesOf(isOwn)) {
+            if (Window* window = windows.Find(own)) RemoveTree(*window);
         }
     }
 
@@ -69,27 +57,15 @@ std::vector<Window*>& SiblingsOf(Window& window) noexcept {
 }
 
 Window* FindWindow(HWND handle) noexcept {
-    const auto value = reinterpret_cast<ULONG_PTR>(handle);
-    const std::size_t place = value & ((1u << kPlaceBits) - 1);
-    std::vector<Place>& places = TheTable().places;
-    if (place < places.size() && places[place].window && places[place].window->handle == handle) {
-        return places[place].window.get();
-    }
-    SetLastError(ERROR_INVALID_WINDOW_HANDLE);
-    return nullptr;
+    Window* found = TheTable().windows.Find(reinterpret_cast<std::uintptr_t>(handle));
+    if (!found) SetLastError(ERROR_INVALID_WINDOW_HANDLE);
+    return found;
 }
 
 Window& AddWindow(std::unique_ptr<Window> window) noexcept {
-    std::vector<Place>& places = TheTable().places;
-    auto free = std::find_if(places.begin() + kFirstPlace, places.end(), [](const Place& place) {
-        return !place.window && place.uses < kMostUses;
-    });
-    if (free == places.end()) free = places.emplace(places.end());
-    ++free->uses;
-    window->handle = HandleOf(static_cast<std::size_t>(free - places.begin()), free->uses);
-    ++window->windowClass->windows;
-    free->window = std::move(window);
-    Window& added = *free->window;
+    Window& added = *window;
+    ++added.windowClass->windows;
+    added.handle = reinterpret_cast<HWND>(TheTable().windows.Add(std::move(window)));
     std::vector<Window*>& siblings = SiblingsOf(added);
     // A new child lies below its siblings, a new window of the desktop above all.
     siblings.insert(added.parent ? siblings.end() : siblings.begin(), &added);
@@ -108,8 +84,7 @@ void RemoveWindow(Window& window) noexcept {
         if (other->owner == &window) other->owner = nullptr;
     }
     --window.windowClass->windows;
-    const auto place = reinterpret_cast<ULONG_PTR>(window.handle) & ((1u << kPlaceBits) - 1);
-    TheTable().places[place].window.reset();
+    TheTable().windows.Remove(reinterpret_cast<std::uintptr_t>(window.handle));
 }
 
 bool IsInside(const Window& above, const Window* window) noexcept {
@@ -131,6 +106,11 @@ Thread& ThisThread() noexcept {
 void Wake(Thread& thread) noexcept {
     thread.isWoken = true;
     thread.wake.notify_all();
+}
+
+std::size_t CountWindows() noexcept {
+    const Lock lock(UserLock());
+    return TheTable().windows.Count();
 }
 
 ULONGLONG MonotonicMs() noexcept {
