@@ -1,5 +1,6 @@
 #include "foundation/library.h"
 
+#include "foundation/cipher_algorithms.h"
 #include "foundation/status.h"
 #include "foundation/status_category.h"
 
@@ -16,6 +17,9 @@ void StartLibrary() noexcept {
     (void)RegisterStatusCategory(kCodecs, nullptr, 0, "Codecs");
 }
 
-void EndLibrary() noexcept { UnregisterStatusCategory(kCodecs); }
+void EndLibrary() noexcept {
+    UnregisterStatusCategory(kCodecs);
+    CloseCipherAlgorithms();
+}
 
 }  // namespace AUX

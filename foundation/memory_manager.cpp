@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "foundation/bit_kernels.h"
 #include "foundation/memory_threads.h"
 #include "foundation/system_facts.h"
 #include "platform/memory.h"
@@ -31,6 +32,7 @@ constinit MemManager manager;
 
 void MemManager::Start() noexcept {
     LearnFacts();
+    ChooseBitKernels();
     (void)std::snprintf(name_, sizeof(name_), "s.dscrt.mks.%s%s.%d.%d.%X", "-", "-", kLayoutMajor,
                         kLayoutMinor, static_cast<unsigned>(GetCurrentProcessId()));
     // Threads that act for another user must reach the objects too.

@@ -16,8 +16,9 @@ void memory::LearnFacts() noexcept {
     (void)GetVersionExA(
         &facts.version);  // On failure the version stays 0, which is older than all.
     GetSystemInfo(&facts.machine);
-    facts.hasSse42 = IsProcessorFeaturePresent(PF_SSE4_2_INSTRUCTIONS_AVAILABLE) != FALSE;
+    facts.hasPopcnt = IsProcessorFeaturePresent(PF_SSE4_2_INSTRUCTIONS_AVAILABLE) != FALSE;
     facts.hasAvx2 = IsProcessorFeaturePresent(PF_AVX2_INSTRUCTIONS_AVAILABLE) != FALSE;
+    facts.hasWideBitCount = platform::HasWideBitCount();
 }
 
 }  // namespace AUX

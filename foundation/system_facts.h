@@ -8,8 +8,9 @@ namespace AUX {
 struct SystemFacts {
     OSVERSIONINFOA version;
     SYSTEM_INFO machine;
-    bool hasSse42;  // with it the instruction that counts bits
+    bool hasPopcnt;  // the instruction that counts bits, which came with SSE 4.2
     bool hasAvx2;
+    bool hasWideBitCount;  // AVX-512 with a count of its own
 };
 
 /// The facts, constant from the start on.

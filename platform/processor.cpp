@@ -1,8 +1,17 @@
 #include "platform/processor.h"
 
+#include <x86intrin.h>
+
 namespace platform {
 
-// The compiler's own question also asks the system; it is an extension that both builds have.
+// The compiler's own questions also ask the system; they are an extension that both builds have.
 bool HasAvx512Compress() noexcept { return __builtin_cpu_supports("avx512vbmi2") != 0; }
+
+bool HasWideBitCount() noexcept {
+    __builtin_cpu_init();  // It may be asked before the run-time has done so.
+    return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vpopcntdq");
+}
+
+std::uint64_t TimeStamp() noexcept { return __rdtsc(); }
 
 }  // namespace platform

@@ -2,6 +2,8 @@
 
 /// What the processor can do.
 
+#include <cstdint>
+
 #include "platform/base.h"
 
 namespace platform {
@@ -9,6 +11,12 @@ namespace platform {
 /// Tells whether the processor packs chosen bytes of a register of 64 closely (AVX-512 VBMI2) and
 /// the system lets programs use it. The system's own question does not know of it.
 [[nodiscard]] bool HasAvx512Compress() noexcept;
+
+/// Likewise, whether it counts the bits of eight words of 64 bits at a time (AVX-512 VPOPCNTDQ).
+[[nodiscard]] bool HasWideBitCount() noexcept;
+
+/// The processor's time stamp counter.
+[[nodiscard]] std::uint64_t TimeStamp() noexcept;
 
 }  // namespace platform
 

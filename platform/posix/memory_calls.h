@@ -59,3 +59,6 @@ LPVOID HeapAlloc(HANDLE heap, DWORD flags, SIZE_T size) noexcept;
 /// Only with flags 0.
 LPVOID HeapReAlloc(HANDLE heap, DWORD flags, LPVOID block, SIZE_T size) noexcept;
 BOOL HeapFree(HANDLE heap, DWORD flags, LPVOID block) noexcept;
+
+/// Zeroes memory, also where nothing reads it afterwards.
+LPVOID SecureZeroMemory(LPVOID memory, SIZE_T size) noexcept;

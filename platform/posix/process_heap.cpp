@@ -1,4 +1,5 @@
 #include <cstdlib>
+#include <cstring>
 
 #include "platform/memory.h"
 #include "platform/posix/faults.h"
@@ -26,4 +27,9 @@ BOOL HeapFree(HANDLE heap, DWORD, LPVOID block) noexcept {
     if (heap != &processHeap) return FALSE;
     std::free(block);
     return TRUE;
+}
+
+LPVOID SecureZeroMemory(LPVOID memory, SIZE_T size) noexcept {
+    explicit_bzero(memory, size);
+    return memory;
 }

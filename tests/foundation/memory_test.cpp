@@ -261,7 +261,7 @@ TEST(Memory, LearnsOfTheSystemAtTheStart) {
     EXPECT_EQ(facts.machine.dwAllocationGranularity, 0x10000u);
     EXPECT_EQ(facts.machine.dwPageSize, 0x1000u);
     EXPECT_GE(facts.machine.dwNumberOfProcessors, 1u);
-    EXPECT_TRUE(facts.hasSse42 || !facts.hasAvx2);
+    EXPECT_TRUE(facts.hasPopcnt || !facts.hasAvx2);
 }
 
 TEST(Memory, AWatchFailsTheRequestThatItIsTold) {
