@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Writes platform::NotImplemented<X> for interfaces X of the browser, from the SDK's own headers or
-from those of the native layer, which declare fewer operations and none of IDispatch.
+from those of the native layer, which declare fewer operations.
 
 usage: not_implemented.py OUTPUT HEADER... -- INTERFACE...
 
@@ -16,7 +16,7 @@ BLOCK = re.compile(
 OPERATION = re.compile(r'virtual\s+(.*?)\s+STDMETHODCALLTYPE\s+(\w+)\s*\((.*?)\)\s*=\s*0;', re.S)
 NULLED = re.compile(r'(\*\s*\*|BSTR\s*\*)\s*(\w+)$')
 
-SDK_DISPATCH = '''    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+DISPATCH = '''    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo** p) override {
         if (p) *p = nullptr;
         return E_NOTIMPL;
@@ -51,12 +51,10 @@ def operation(result, name, parameters):
 def main():
     split = sys.argv.index('--')
     output, headers, wanted = sys.argv[1], sys.argv[2:split], sys.argv[split + 1:]
-    interfaces, dispatch = {}, ''
+    interfaces = {}
     for header in headers:
         with open(header, encoding='latin-1') as file:
             source = file.read()
-            if 'MIDL_INTERFACE' in source:
-                dispatch = SDK_DISPATCH
             for name, base, body in BLOCK.findall(source):
                 interfaces[name] = (base, OPERATION.findall(body))
     text = ('#pragma once\n\n#include "platform/browser.h"\n#include "platform/html.h"\n\n'
@@ -71,7 +69,7 @@ def main():
             base, operations = interfaces[base]
             body = ''.join(operation(*o) for o in operations) + body
         text += (f'\ntemplate <>\nclass NotImplemented<{name}> : public {name} {{\n'
-                 f'public:\n    using Implements = {name};\n{dispatch}{body}}};\n')
+                 f'public:\n    using Implements = {name};\n{DISPATCH}{body}}};\n')
     text += '\n}  // namespace platform\n'
     with open(output, 'w', encoding='ascii') as file:
         file.write(text)

@@ -32,8 +32,10 @@ using LPARAM = LONG_PTR;
 using LRESULT = LONG_PTR;
 using HRESULT = std::int32_t;
 using LSTATUS = std::int32_t;
+using LCID = std::uint32_t;
 
 using LPVOID = void*;
+using PVOID = void*;
 using LPCVOID = const void*;
 using LPBYTE = BYTE*;
 using LPDWORD = DWORD*;

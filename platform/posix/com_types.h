@@ -37,8 +37,28 @@ protected:
 QVD_INTERFACE_ID(IUnknown, 0x00000000, 0x0000, 0x0000,
                  {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46});
 
-/// No late binding is called yet, so its four operations are not declared.
-struct IDispatch : IUnknown {};
+using DISPID = LONG;
+using SCODE = LONG;
+using LPOLESTR = LPWSTR;
+using VARIANT_BOOL = SHORT;
+inline constexpr VARIANT_BOOL VARIANT_TRUE = -1;
+inline constexpr VARIANT_BOOL VARIANT_FALSE = 0;
+
+struct ITypeInfo;
+struct DISPPARAMS;
+struct EXCEPINFO;
+struct VARIANT;
+
+/// Calls by name; platform/typeinfo.h has what its operations take.
+struct IDispatch : IUnknown {
+    virtual HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID language, ITypeInfo** info) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count,
+                                                    LCID language, DISPID* ids) = 0;
+    virtual HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID reserved, LCID language,
+                                             WORD flags, DISPPARAMS* parameters, VARIANT* result,
+                                             EXCEPINFO* exception, UINT* argumentError) = 0;
+};
 QVD_INTERFACE_ID(IDispatch, 0x00020400, 0x0000, 0x0000,
                  {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46});
 

@@ -30,7 +30,22 @@ HRESULT VariantClear(VARIANTARG* value) noexcept {
     switch (value->vt) {
         case VT_EMPTY:
         case VT_NULL:
+        case VT_I2:
         case VT_I4:
+        case VT_R4:
+        case VT_R8:
+        case VT_CY:
+        case VT_DATE:
+        case VT_ERROR:
+        case VT_BOOL:
+        case VT_I1:
+        case VT_UI1:
+        case VT_UI2:
+        case VT_UI4:
+        case VT_I8:
+        case VT_UI8:
+        case VT_INT:
+        case VT_UINT:
             break;
         case VT_BSTR:
             SysFreeString(value->bstrVal);
@@ -40,7 +55,8 @@ HRESULT VariantClear(VARIANTARG* value) noexcept {
             if (value->punkVal) value->punkVal->Release();
             break;
         default:
-            return DISP_E_BADVARTYPE;
+            // What is given by reference belongs to somebody else.
+            if ((value->vt & VT_BYREF) == 0) return DISP_E_BADVARTYPE;
     }
     VariantInit(value);
     return S_OK;
