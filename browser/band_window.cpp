@@ -1,18 +1,22 @@
 #include "browser/band_window.h"
 
+#include "browser/band_background.h"
+#include "browser/reflection.h"
+#include "browser/window_classes.h"
 #include "capture/selection_capture.h"
 #include "driver/convert_command.h"
+#include "driver/module_folder.h"
 #include "platform/scope_exit.h"
 #include "platform/unique_bstr.h"
+#include "resources/resource_ids.h"
 
 namespace {
 
 constexpr WCHAR kSettingsKey[] = TEXT("Software\\Norvane Systems\\Quvada 6\\IE Addin");
 
-// The ids of the button and of the entries of its menu.
-constexpr WPARAM kButton = 1;
-constexpr WPARAM kConvertPage = 0x8011;
-constexpr WPARAM kConvertSelection = 0x8015;
+constexpr UINT kClassStyle = CS_DBLCLKS | CS_HREDRAW | CS_VREDRAW;
+constexpr DWORD kStyle = WS_CHILD | WS_VISIBLE | WS_CLIPSIBLINGS | WS_CLIPCHILDREN;
+static_assert(kClassStyle == 0x000B && kStyle == 0x56000000);
 
 constexpr LRESULT kNothingDone = 1;
 
@@ -20,10 +24,109 @@ constexpr LRESULT kNothingDone = 1;
 
 BandWindow::BandWindow() noexcept : Settings(kSettingsKey) {}
 
+BandWindow::~BandWindow() {
+    if (ownsWindow_) DestroyWindow(Window);
+}
+
+bool BandWindow::Create(HWND parent, IWebBrowser2* browser) noexcept {
+    const BandClassName name;
+    WNDCLASSEXW info{};
+    info.cbSize = sizeof info;
+    info.style = kClassStyle;
+    info.lpfnWndProc = Procedure;
+    info.hInstance = ModuleInstance();
+    info.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    info.hbrBackground = reinterpret_cast<HBRUSH>(ULONG_PTR{COLOR_WINDOW + 1});
+    info.lpszClassName = name.text;
+    if (RegisterWindowClass(info)) {
+        CreateWindowExW(0, name.text, nullptr, kStyle, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT,
+                        CW_USEDEFAULT, parent, nullptr, ModuleInstance(), this);
+    }
+    Browser = platform::ComPtr<IWebBrowser2>(browser);
+    SHANDLE_PTR window = 0;
+    if (browser && SUCCEEDED(browser->get_HWND(&window))) {
+        BrowserWindow = reinterpret_cast<HWND>(window);
+    }
+    Toolbar.Browser = Browser;
+    Toolbar.Band = this;
+    return true;
+}
+
+LRESULT CALLBACK BandWindow::Procedure(HWND window, UINT message, WPARAM wParam,
+                                       LPARAM lParam) noexcept {
+    if (message == WM_NCCREATE) {
+        auto* made = static_cast<BandWindow*>(
+            reinterpret_cast<const CREATESTRUCTW*>(lParam)->lpCreateParams);
+        made->Window = window;
+        made->ownsWindow_ = true;
+        SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(made));
+    }
+    auto* self = reinterpret_cast<BandWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+    if (self && message == WM_NCDESTROY) {
+        SetWindowLongPtrW(window, GWLP_USERDATA, 0);
+        self->Window = nullptr;
+        self->ownsWindow_ = false;
+        self = nullptr;
+    }
+    return self ? self->OnMessage(message, wParam, lParam)
+                : DefWindowProcW(window, message, wParam, lParam);
+}
+
+LRESULT BandWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+    // A command may end this object.
+    const HWND window = Window;
+    LRESULT result = 0;
+    switch (message) {
+        case WM_CREATE:
+            // Without its control the band stays empty.
+            if (Toolbar.Create(window)) Toolbar.Relayout();
+            return 0;
+        case WM_SIZE:
+            OnSize();
+            return 0;
+        case WM_PAINT:
+            OnPaint();
+            return 1;
+        case WM_ERASEBKGND:
+            return DrawBandBackground(window, reinterpret_cast<HDC>(wParam)) ? 1 : 0;
+        case WM_SHOWWINDOW:
+            return 0;
+        case WM_DESTROY:
+            OnDestroy();
+            return 0;
+        case WM_COMMAND: {
+            bool handled = true;
+            result = OnCommand(wParam, handled);
+            if (handled) return result;
+            break;
+        }
+        default:
+            break;
+    }
+    if (Reflect(message, wParam, lParam, result)) return result;
+    return DefWindowProcW(window, message, wParam, lParam);
+}
+
+void BandWindow::OnSize() noexcept {
+    RECT client{};
+    GetClientRect(Window, &client);
+    MoveWindow(Toolbar.Window, 0, 0, client.right, client.bottom, TRUE);
+    SendMessageW(Toolbar.Window, WM_SIZE, 0, 0);
+}
+
+void BandWindow::OnPaint() noexcept {
+    PAINTSTRUCT paint;
+    if (BeginPaint(Window, &paint)) EndPaint(Window, &paint);
+}
+
+void BandWindow::OnDestroy() noexcept { DestroyWindow(Toolbar.Window); }
+
 LRESULT BandWindow::OnCommand(WPARAM commandId, bool& handled) noexcept {
     handled = false;
-    const bool isSelection = commandId == kConvertSelection;
-    if (!isSelection && commandId != kButton && commandId != kConvertPage) return kNothingDone;
+    const bool isSelection = commandId == QVD_COMMAND_CONVERT_SELECTION;
+    if (!isSelection && commandId != QVD_COMMAND_BUTTON && commandId != QVD_COMMAND_CONVERT_PAGE) {
+        return kNothingDone;
+    }
     platform::UniqueBstr address;
     // An address that cannot be read is carried along as an empty one.
     if (Browser) (void)Browser->get_LocationURL(address.Put());

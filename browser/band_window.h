@@ -1,21 +1,35 @@
 #pragma once
 
+#include "browser/fine_toolbar.h"
 #include "driver/conversion_job.h"
 #include "platform/browser.h"
 #include "platform/com_ptr.h"
 #include "settings/conversion_settings.h"
 
-/// The container of one browser tab: carries the commands of its toolbar and owns the tab's
-/// settings and job. Belongs to the tab's user-interface thread.
+class QVDIEaddinBHO;
+
+/// The container of one browser tab: a window that shows what lies behind it, holds the toolbar,
+/// carries its commands and owns the tab's settings and job. Belongs to the tab's user-interface
+/// thread.
 class BandWindow {
 public:
-    HWND Window = nullptr;  ///< Owner of the messages and of the launch; not owned.
+    HWND Window = nullptr;  ///< Null before Create, and again once the window has ended.
     platform::ComPtr<IWebBrowser2> Browser;
     HWND BrowserWindow = nullptr;  ///< Owner of the save dialog; not owned.
+    FineToolbar Toolbar;
+    QVDIEaddinBHO* Owner = nullptr;  ///< The object that this is part of.
     ConversionSettings Settings;
     ConversionJob Job;
 
     BandWindow() noexcept;
+    /// Destroys the window that Create made.
+    ~BandWindow();
+    BandWindow(const BandWindow&) = delete;
+    BandWindow& operator=(const BandWindow&) = delete;
+
+    /// Makes the window and the toolbar in it, below `parent`. Where that fails there is no toolbar
+    /// and no message. \return true.
+    bool Create(HWND parent, IWebBrowser2* browser) noexcept;
 
     /// Does what WM_COMMAND with this id asks for: 1 and 0x8011 convert the page, 0x8015 the
     /// selection; any other id does nothing.
@@ -32,5 +46,13 @@ public:
     [[nodiscard]] bool CaptureSelection(AUX::WString& output) noexcept;
 
 private:
+    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam,
+                                      LPARAM lParam) noexcept;
+    LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept;
+    void OnSize() noexcept;
+    void OnPaint() noexcept;
+    void OnDestroy() noexcept;
+
+    bool ownsWindow_ = false;
     bool isConverting_ = false;
 };

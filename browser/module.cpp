@@ -1,3 +1,4 @@
+#include "browser/window_classes.h"
 #include "driver/module_folder.h"
 #include "foundation/library.h"
 #include "platform/modules.h"
@@ -9,6 +10,7 @@ extern "C" QVD_EXPORT BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID
         if (!AttachModule(module)) return FALSE;
         AUX::StartLibrary();
     } else if (reason == DLL_PROCESS_DETACH) {
+        UnregisterWindowClasses();
         AUX::EndLibrary();
         DetachModule();
     }

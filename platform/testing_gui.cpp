@@ -29,6 +29,22 @@ std::string Picture::FileBytes() const {
     return bytes;
 }
 
+std::vector<ShownMenuItem> ItemsOf(HMENU menu) {
+    std::vector<ShownMenuItem> items;
+    const int count = GetMenuItemCount(menu);
+    for (int i = 0; i < count; ++i) {
+        const auto position = static_cast<UINT>(i);
+        WCHAR text[256];
+        const int length = GetMenuStringW(menu, position, text, 256, MF_BYPOSITION);
+        const UINT state = GetMenuState(menu, position, MF_BYPOSITION);
+        const bool isSeparator = (state & MF_SEPARATOR) != 0;
+        items.push_back({isSeparator ? 0 : GetMenuItemID(menu, i),
+                         WideString(text, static_cast<std::size_t>(length)),
+                         (state & (MF_GRAYED | MF_DISABLED)) == 0});
+    }
+    return items;
+}
+
 void RunMessages() {
     MSG message;
     while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {

@@ -4,6 +4,7 @@
 /// includes this.
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -46,10 +47,47 @@ Picture PictureOf(HWND window);
 /// Runs what lies in the calling thread's queue until it is empty.
 void RunMessages();
 
-/// The windows and drawing objects that the process holds.
+struct ShownMenuItem {
+    UINT command;  // 0 for a separator
+    WideString text;
+    bool isEnabled;
+};
+
+struct ShownMenu {
+    HWND owner;
+    POINT at;  // on the screen
+    UINT flags;
+    std::vector<ShownMenuItem> items;
+};
+
+/// What a menu offers at this moment.
+std::vector<ShownMenuItem> ItemsOf(HMENU menu);
+
+/// While it lives, in the pop-up menus of its thread one command is chosen, and they are noted.
+/// Made and ended on one thread; of several the newest chooses. On Windows it sees the menus that
+/// the program itself opens, not those of its modules.
+class MenuChoice {
+public:
+    /// \param command  0, one that is not in the menu or one that is greyed gives the menu up.
+    explicit MenuChoice(UINT command);
+    ~MenuChoice();
+    MenuChoice(const MenuChoice&) = delete;
+    MenuChoice& operator=(const MenuChoice&) = delete;
+
+    [[nodiscard]] const std::vector<ShownMenu>& Shown() const;
+
+    struct State;
+
+private:
+    std::unique_ptr<State> state_;
+};
+
+/// What the process holds.
 struct GuiObjects {
-    std::size_t windows;
-    std::size_t drawing;
+    std::size_t windows;  // and menus
+    std::size_t drawing;  // bitmaps, device contexts
+    std::size_t handles;  // of the kernel
+    std::size_t bytes;    // of memory
 };
 GuiObjects CountGuiObjects();
 

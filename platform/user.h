@@ -2,10 +2,11 @@
 
 /// Message boxes, windows, cursors and the case of letters, as far as the code needs them.
 
-#include "platform/base.h"
+#include "platform/unique_handle.h"
 
 #ifndef _WIN32
 
+#include "platform/posix/user/menu_calls.h"
 #include "platform/posix/user/window_calls.h"
 
 inline constexpr UINT MB_OK = 0x0;
@@ -33,3 +34,14 @@ HCURSOR LoadCursorW(HINSTANCE module, LPCWSTR name) noexcept;
 HCURSOR SetCursor(HCURSOR cursor) noexcept;
 
 #endif
+
+namespace platform {
+
+struct MenuTraits {
+    using Value = HMENU;
+    static Value Invalid() noexcept { return nullptr; }
+    static void Close(Value value) noexcept { DestroyMenu(value); }
+};
+using MenuHandle = UniqueHandle<MenuTraits>;
+
+}  // namespace platform

@@ -1,6 +1,11 @@
 #include "platform/testing_gui.h"
 
+#include <filesystem>
+#include <iterator>
+#include <malloc.h>
+
 #include "platform/posix/gdi/surface.h"
+#include "platform/posix/user/menu.h"
 
 namespace platform::testing {
 
@@ -15,6 +20,11 @@ Picture PictureOf(HWND handle) {
     return {surface->width, surface->height, surface->pixels};
 }
 
-GuiObjects CountGuiObjects() { return {user::CountWindows(), gdi::CountObjects()}; }
+GuiObjects CountGuiObjects() {
+    const std::filesystem::directory_iterator files("/proc/self/fd");
+    const auto handles = std::distance(begin(files), end(files));
+    return {user::CountWindows() + user::CountMenus(), gdi::CountObjects(),
+            static_cast<std::size_t>(handles), mallinfo2().uordblks};
+}
 
 }  // namespace platform::testing

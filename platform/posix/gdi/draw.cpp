@@ -35,15 +35,20 @@ void ForEachRow(const DeviceContext& dc, const RECT& area, Row row) {
     }
 }
 
-/// A copy of an area of a surface, so that drawing may overlap its source. What lies outside the
-/// surface is black.
-std::shared_ptr<Surface> CopyOf(const DeviceContext& dc, const RECT& area) {
-    std::shared_ptr<Surface> copy = Surface::Make(WidthOf(area), HeightOf(area));
-    if (!copy || !dc.surface) return copy;
+/// A copy of the part of an area that lies on its surface, so that drawing may overlap its source.
+struct Source {
+    std::shared_ptr<Surface> pixels;
+    RECT inside;  // the part, relative to the area
+};
+
+Source CopyOf(const DeviceContext& dc, const RECT& area) {
+    if (!dc.surface) return {nullptr, {}};
     const RECT inside = Intersection(area, dc.surface->Bounds());
+    Source copy{Surface::Make(WidthOf(inside), HeightOf(inside)),
+                Moved(inside, -area.left, -area.top)};
     for (LONG y = inside.top; y < inside.bottom; ++y) {
         std::copy(dc.surface->Row(y) + inside.left, dc.surface->Row(y) + inside.right,
-                  copy->Row(y - area.top) + (inside.left - area.left));
+                  copy.pixels->Row(y - inside.top));
     }
     return copy;
 }
@@ -90,15 +95,18 @@ BOOL StretchBlt(HDC toHandle, int x, int y, int width, int height, HDC fromHandl
     if (width < 1 || height < 1 || fromWidth < 1 || fromHeight < 1) return TRUE;
     const RECT source = Moved({fromX, fromY, fromX + fromWidth, fromY + fromHeight}, from->origin.x,
                               from->origin.y);
-    const std::shared_ptr<Surface> copy = CopyOf(*from, source);
-    if (!copy) return platform::Fail(ERROR_NOT_ENOUGH_MEMORY);
+    const Source copy = CopyOf(*from, source);
+    const RECT& inside = copy.inside;
     const RECT area = Moved({x, y, x + width, y + height}, to->origin.x, to->origin.y);
     ForEachRow(*to, area, [&](LONG row, LONG left, LONG right) {
         const LONGLONG sourceY = LONGLONG{row - area.top} * fromHeight / height;
-        const std::uint32_t* sourceRow = copy->Row(static_cast<LONG>(sourceY));
+        if (sourceY < inside.top || sourceY >= inside.bottom) return;
+        const std::uint32_t* sourceRow = copy.pixels->Row(static_cast<LONG>(sourceY) - inside.top);
         std::uint32_t* target = to->surface->Row(row);
         for (LONG column = left; column < right; ++column) {
-            target[column] = sourceRow[LONGLONG{column - area.left} * fromWidth / width];
+            const LONGLONG sourceX = LONGLONG{column - area.left} * fromWidth / width;
+            if (sourceX < inside.left || sourceX >= inside.right) continue;
+            target[column] = sourceRow[sourceX - inside.left];
         }
     });
     return TRUE;

@@ -74,6 +74,7 @@ DWORD GetSysColor(int index) noexcept;
 HBRUSH GetSysColorBrush(int index) noexcept;
 /// \param brush  One of GetSysColorBrush, or the number of a colour plus 1.
 int FillRect(HDC dc, const RECT* rect, HBRUSH brush) noexcept;
+/// What lies outside the source's surface is not copied.
 BOOL BitBlt(HDC to, int x, int y, int width, int height, HDC from, int fromX, int fromY,
             DWORD operation) noexcept;
 /// Each pixel takes the nearest one of the source. Sizes below 1 draw nothing.
