@@ -19,7 +19,7 @@ Status FileStore::CreateMapping() noexcept { return kStatusOk; }
 Status FileStore::CloseMapping() noexcept { return kStatusOk; }
 
 Status FileStore::Close() noexcept {
-    if (!IsValid()) return 1;
+    if (!handle) return 1;
     const Status status = access & kAccessWrite ? SetEnd(size) : kStatusOk;
     handle.Reset();
     size = 0;
@@ -78,7 +78,9 @@ Status FileStore::ReopenFile() noexcept {
     handle = std::move(file.handle);
     isOverlapped = false;
     lastReopen = GetTickCount();
-    return CreateMapping();
+    const Status mapped = CreateMapping();
+    if (IsFailure(mapped)) (void)Close();
+    return mapped;
 }
 
 }  // namespace AUX

@@ -30,6 +30,8 @@ Status FileStream::ReleaseMapping() noexcept {
 
 std::uint32_t FileStream::GetAccess() const noexcept { return IsOpen() ? File()->access : 0; }
 
+void FileStream::MoveTo(std::int64_t place) noexcept { position = place; }
+
 StreamType FileStream::GetStreamType() const noexcept { return StreamType::File; }
 
 Status FileStream::NeedAccess(std::uint32_t access) const noexcept {

@@ -62,18 +62,41 @@ public:
     /// Ends the mapping of a mapped file.
     [[nodiscard]] virtual Status ReleaseMapping() noexcept;
 
+protected:
+    /// Sets the position, without a check.
+    virtual void MoveTo(std::int64_t place) noexcept;
+
+    [[nodiscard]] Status NeedAccess(std::uint32_t access) const noexcept;
+
+    /// Opens the file anew after its network path was lost, unless that has just been done.
+    /// \param wasReopened  Becomes true if it was tried.
+    /// \return 1 if too little time has passed since the last time: the caller reads again.
+    [[nodiscard]] Status RecoverRead(bool& wasReopened) noexcept;
+
+    /// Copies inside one file, overlapping or not, to the position.
+    /// \param available  The bytes that the source holds behind `start`, at most `length`.
+    /// \param buffer     kCopyBuffer bytes, or `length` if that is less.
+    [[nodiscard]] Status CopyWithin(Stream& source, std::int64_t start, std::int64_t available,
+                                    std::int64_t length, char* buffer,
+                                    std::int64_t& count) noexcept;
+    static constexpr std::int64_t kCopyBuffer = 4096;
+
 private:
     [[nodiscard]] FileStore* File() const noexcept { return static_cast<FileStore*>(store); }
-    [[nodiscard]] Status NeedAccess(std::uint32_t access) const noexcept;
     [[nodiscard]] DWORD TransferResult(BOOL succeeded, DWORD& moved) noexcept;
     void SetOffset() noexcept;
     [[nodiscard]] DWORD ReadChunk(void* buffer, DWORD bytes, DWORD& moved) noexcept;
     [[nodiscard]] DWORD WriteChunk(const void* data, DWORD bytes, DWORD& moved) noexcept;
-    [[nodiscard]] Status RecoverRead(bool& wasReopened) noexcept;
+    struct Content {
+        std::int64_t size;
+        bool isCutOnClose;
+    };
+    [[nodiscard]] Content ContentNow() const noexcept;
+    [[nodiscard]] Status CloseWhole(const Content& content) noexcept;
+    [[nodiscard]] Status OpenAgain(WString path, const FileOpening& opening,
+                                   const Content& content) noexcept;
     [[nodiscard]] Status OpenStore(WString path, const FileOpening& opening) noexcept;
     [[nodiscard]] Status Reopen(std::uint32_t access) noexcept;
-    [[nodiscard]] Status CopyWithin(Stream& source, std::int64_t start, std::int64_t length,
-                                    char* buffer, std::int64_t& count) noexcept;
     [[nodiscard]] Status CopyFromOther(Stream& source, std::int64_t length, char* buffer,
                                        std::int64_t& count) noexcept;
 

@@ -18,7 +18,6 @@ struct ReopenLock {
 
 }  // namespace
 
-// Status 1 means that too little time has passed since the last reopening: the caller reads again.
 Status FileStream::RecoverRead(bool& wasReopened) noexcept {
     constexpr std::int32_t kPauseMs = 500;
     if (!IsOpen()) return kStatusInvalidArgument;
@@ -30,6 +29,25 @@ Status FileStream::RecoverRead(bool& wasReopened) noexcept {
     wasReopened = true;
     (void)ReleaseMapping();  // A view of a lost file is of no use, whether it goes in order or not.
     return File()->ReopenFile();
+}
+
+FileStream::Content FileStream::ContentNow() const noexcept {
+    return {store->size, store->allocated > store->size};
+}
+
+// Closes a file that is opened again afterwards. That a mapped file could not be cut back to its
+// content counts: what opens it next would take the rest for content.
+Status FileStream::CloseWhole(const Content& content) noexcept {
+    const Status status = Close();
+    return content.isCutOnClose ? status : kStatusOk;
+}
+
+// Opens the file as it was, with the content that it had.
+Status FileStream::OpenAgain(WString path, const FileOpening& opening,
+                             const Content& content) noexcept {
+    const Status status = OpenStore(std::move(path), opening);
+    if (!IsFailure(status) && store->size > content.size) (void)SetSize(content.size);
+    return status;
 }
 
 Status FileStream::ReopenReadWrite() noexcept { return Reopen(kAccessRead | kAccessWrite); }
@@ -45,11 +63,12 @@ Status FileStream::Reopen(std::uint32_t access) noexcept {
     if (!path.Assign(File()->path) || !samePath.Assign(path)) return kStatusInsufficientMemory;
     if (const Status status = ReleaseMapping(); IsFailure(status)) return status;
     FileOpening opening{OPEN_EXISTING, access, File()->share, FILE_ATTRIBUTE_NORMAL};
-    (void)Close();
-    const Status status = OpenStore(std::move(path), opening);
+    const Content content = ContentNow();
+    Status status = CloseWhole(content);
+    if (!IsFailure(status)) status = OpenStore(std::move(path), opening);
     if (!IsFailure(status)) return status;
     opening.access = oldAccess;
-    const Status second = OpenStore(std::move(samePath), opening);
+    const Status second = OpenAgain(std::move(samePath), opening, content);
     return IsFailure(second) ? second : status;
 }
 
@@ -66,21 +85,20 @@ Status FileStream::Rename(const WCHAR* newPath) noexcept {
     if (!oldPath.Assign(File()->path) || !target.Assign(newPath)) return kStatusInsufficientMemory;
     const FileOpening opening{OPEN_EXISTING, File()->access, FILE_SHARE_READ,
                               FILE_ATTRIBUTE_NORMAL};
-    (void)Close();
-
-    Status status = kStatusFailedToInitialize;
-    for (int attempt = 1; attempt <= kAttempts; ++attempt) {
+    const Content content = ContentNow();
+    Status status = CloseWhole(content);
+    for (int attempt = 1; attempt <= kAttempts && !IsFailure(status); ++attempt) {
         if (MoveFileExW(oldPath.Text(), target.Text(), kMove)) {
             status = OpenStore(std::move(target), opening);
             break;
         }
         const DWORD error = GetLastError();
-        status = StatusFromFailedCall(error);
-        if (error != ERROR_ACCESS_DENIED && error != ERROR_SHARING_VIOLATION) break;
-        if (attempt < kAttempts) Sleep(kPauseMs);
+        const bool isHeld = error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION;
+        if (!isHeld || attempt == kAttempts) status = StatusFromFailedCall(error);
+        if (!IsFailure(status)) Sleep(kPauseMs);
     }
     // The rename's failure counts.
-    if (IsFailure(status)) (void)OpenStore(std::move(oldPath), opening);
+    if (IsFailure(status)) (void)OpenAgain(std::move(oldPath), opening, content);
     return status;
 }
 

@@ -63,6 +63,7 @@ inline constexpr Status kStatusFailure = MakeIoStatus(StatusSeverity::Failure, 0
 inline constexpr Status kStatusFailedToInitialize = MakeIoStatus(StatusSeverity::Failure, 0x000F);
 inline constexpr Status kStatusInsufficientMemory = MakeIoStatus(StatusSeverity::Failure, 0x03E8);
 inline constexpr Status kStatusReadFailed = MakeIoStatus(StatusSeverity::Failure, 0x1001);
+inline constexpr Status kStatusWriteFailed = MakeIoStatus(StatusSeverity::Failure, 0x1002);
 
 /// Folds the error that a failed call of the system left, which may be 0.
 constexpr Status StatusFromFailedCall(DWORD error) noexcept {

@@ -4,6 +4,16 @@
 #include <cstring>
 
 namespace AUX {
+namespace {
+
+// A store can hold a file although it counts as closed, one whose mapping is gone; so each is asked
+// to close, and one that has nothing to do is a success.
+Status CloseResult(StreamStore& store) noexcept {
+    const Status status = store.Close();
+    return IsFailure(status) ? status : kStatusOk;
+}
+
+}  // namespace
 
 Stream::~Stream() { (void)DropStore(); }
 
@@ -39,7 +49,7 @@ Status Stream::SetAccess(std::uint32_t) noexcept {
 
 Status Stream::Close() noexcept {
     (void)Rewind();  // Of a closed stream it only clears the position.
-    return IsOpen() ? store->Close() : kStatusOk;
+    return store ? CloseResult(*store) : kStatusOk;
 }
 
 Status Stream::Detach() noexcept { return DropStore(); }
@@ -49,7 +59,7 @@ Status Stream::DropStore() noexcept {
     StreamStore* const dropped = store;
     store = nullptr;
     if (!dropped || --dropped->refCount >= 1) return kStatusOk;
-    const Status status = dropped->IsValid() ? dropped->Close() : kStatusOk;
+    const Status status = CloseResult(*dropped);
     delete dropped;
     return status;
 }

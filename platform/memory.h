@@ -1,8 +1,9 @@
 #pragma once
 
-/// Shared memory by name. Natively a mapping is a file in the user's runtime folder; it differs
-/// from Windows in this:
-/// - Only memory with a name can be mapped, whole and from its start.
+/// Shared memory by name, and files as memory. Natively a mapping of memory is a file in the user's
+/// runtime folder; it differs from Windows in this:
+/// - Only memory with a name can be mapped, whole and from its start; only a file without one.
+/// - A mapped file can be cut; a copy that reaches behind its end then faults (guarded_copy.h).
 /// - Processes meet if they run for the same user and on the same profile.
 /// - Memory that cannot be had is always ERROR_COMMITMENT_LIMIT, at creation.
 

@@ -26,6 +26,7 @@ inline constexpr DWORD OPEN_EXISTING = 3;
 inline constexpr DWORD OPEN_ALWAYS = 4;
 inline constexpr DWORD TRUNCATE_EXISTING = 5;
 inline constexpr DWORD FILE_FLAG_OVERLAPPED = 0x40000000;
+inline constexpr DWORD FILE_FLAG_DELETE_ON_CLOSE = 0x04000000;
 
 inline constexpr DWORD FILE_ATTRIBUTE_READONLY = 0x1;
 inline constexpr DWORD FILE_ATTRIBUTE_HIDDEN = 0x2;
@@ -93,8 +94,9 @@ struct FILE_ID_INFO {
 /// Opens or makes a file. The security attributes and the template are passed over. Where
 /// CREATE_ALWAYS or OPEN_ALWAYS meets an existing file the error code is ERROR_ALREADY_EXISTS after
 /// success, else 0. FILE_FLAG_OVERLAPPED is taken, and every transfer is complete when its call
-/// returns. \return INVALID_HANDLE_VALUE with ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND (a folder
-/// of the path is missing), ERROR_ACCESS_DENIED (a folder, a read-only file, a refusal),
+/// returns. With FILE_FLAG_DELETE_ON_CLOSE the name goes with the handle, but stays if the process
+/// is killed. \return INVALID_HANDLE_VALUE with ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND (a
+/// folder of the path is missing), ERROR_ACCESS_DENIED (a folder, a read-only file, a refusal),
 /// ERROR_SHARING_VIOLATION, ERROR_FILE_EXISTS (CREATE_NEW), ERROR_INVALID_NAME,
 /// ERROR_INVALID_PARAMETER (disposition).
 HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,

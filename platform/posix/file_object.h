@@ -33,6 +33,9 @@ public:
     void SetPointer(off_t place) noexcept { pointer_.store(place, std::memory_order_relaxed); }
 
     [[nodiscard]] bool HasAccess(DWORD access) const noexcept { return (access_ & access) != 0; }
+    /// The host's name of the file goes with this object.
+    void DeleteAtEnd(std::string host) noexcept { deleted_ = std::move(host); }
+
     /// Whether it was opened with FILE_FLAG_OVERLAPPED.
     [[nodiscard]] bool IsOverlapped() const noexcept { return overlapped_; }
 
@@ -42,6 +45,7 @@ private:
     const int descriptor_;
     const DWORD access_;  // GENERIC_READ and GENERIC_WRITE
     const bool overlapped_;
+    std::string deleted_;
     static constexpr off_t kFollowed = -1;
     std::atomic<off_t> pointer_{kFollowed};  // what the descriptor's position has yet to become
 };

@@ -97,7 +97,10 @@ HANDLE FailOpen(DWORD error) {
 
 }  // namespace
 
-FileObject::~FileObject() { close(descriptor_); }
+FileObject::~FileObject() {
+    if (!deleted_.empty()) unlink(deleted_.c_str());
+    close(descriptor_);
+}
 
 }  // namespace platform
 
@@ -132,6 +135,7 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTE
     auto* file = new (std::nothrow)
         FileObject(opened.descriptor, access, (flags & FILE_FLAG_OVERLAPPED) != 0);
     if (file) closing.Release();  // The object closes it from here on.
+    if (file && (flags & FILE_FLAG_DELETE_ON_CLOSE)) file->DeleteAtEnd(host);
     const HANDLE handle = OpenHandle(file);
     if (!handle) return INVALID_HANDLE_VALUE;
     const bool tellsExisting = disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS;

@@ -13,6 +13,7 @@
 #include "foundation/mem_stream.h"
 #include "foundation/paths.h"
 #include "foundation/temp_location.h"
+#include "foundation/temp_mapped_file_stream.h"
 #include "tests/support/test_profile.h"
 
 namespace {
@@ -95,6 +96,46 @@ void UseFile(const WideString& path, const HasFailed& hasFailed) {
     EXPECT_EQ(test_support::ReadWholeFile(path) + test_support::ReadWholeFile(newPath), model);
 }
 
+void UseMappedFile(const WideString& path, const HasFailed& hasFailed) {
+    TempMappedFileStream file;
+    const std::string large(70'000, 'x');
+    std::string model;
+    std::int64_t count = 0;
+    const Status opened = file.OpenTemp(TEXT("tmp"), nullptr, true);
+    EXPECT_EQ(file.IsOpen(), !IsFailure(opened));
+    if (IsFailure(opened)) return;
+    const auto check = [&] {
+        EXPECT_EQ(file.GetSize(), static_cast<std::int64_t>(model.size()));
+        EXPECT_EQ(file.GetPosition(), static_cast<std::int64_t>(model.size()));
+    };
+    for (int round = 0; round < 2; ++round) {
+        (void)file.Write(large.data(), 70'000, count);
+        model.append(large, 0, static_cast<std::size_t>(count));
+        check();
+    }
+    if (!IsFailure(file.SetSize(1000))) model.resize(1000);
+    check();
+    const bool isCompact = !IsFailure(file.Compact());
+    EXPECT_TRUE(file.IsOpen() && (isCompact || hasFailed()));
+    if (!IsFailure(file.SetSize(file.GetSize() + 5000))) model.resize(model.size() + 5000);
+    (void)file.Seek(SeekMode::End, 0);
+    check();
+    const std::unique_ptr<Stream> clone = file.Clone();
+    std::string bytes(model.size(), '?');
+    if (clone && !IsFailure(clone->Read(bytes.data(), file.GetSize(), count))) {
+        EXPECT_TRUE(bytes == model);
+    }
+    (void)file.ReopenReadOnly();
+    EXPECT_TRUE(file.IsOpen());
+    (void)file.Rename(path.c_str());
+    const bool isOpen = file.IsOpen();
+    EXPECT_EQ(file.GetSize(), isOpen ? static_cast<std::int64_t>(model.size()) : 0);
+    EXPECT_TRUE(isOpen || test_support::ReadWholeFile(path) == model) << "not lost";
+    EXPECT_TRUE(!IsFailure(file.Close()) || hasFailed());
+    EXPECT_TRUE(hasFailed() || !test_support::Exists(path));
+    (void)DeleteFileW(path.c_str());
+}
+
 void UseTempLocation(const WideString& path, const HasFailed& hasFailed) {
     WString folder;
     WString name;
@@ -123,6 +164,7 @@ TEST(EachFault, LeavesNothingBehindAndKeepsWhatIsPromised) {
         std::uint64_t least;  // runs that meet a failure, whatever can be made to fail
     } kWorkloads[] = {{"memory streams", UseMemory, 7},
                       {"file streams", UseFile, 5},
+                      {"mapped files", UseMappedFile, 5},
                       {"temporary locations", UseTempLocation, 5},
                       {"folders", UseFolders, 2}};
     const test_support::TestProfile profile;

@@ -8,6 +8,7 @@
 #include "foundation/dyn_mem_stream.h"
 #include "foundation/file_stream.h"
 #include "foundation/mem_stream.h"
+#include "foundation/temp_mapped_file_stream.h"
 #include "tests/support/test_profile.h"
 
 namespace {
@@ -18,35 +19,55 @@ constexpr std::int64_t kFixedSize = 700;  // Of the stream that cannot grow.
 
 std::int64_t SizeOf(const std::string& bytes) { return static_cast<std::int64_t>(bytes.size()); }
 
-class StreamTest : public ::testing::TestWithParam<StreamType> {
+enum class Family { Memory, DynamicMemory, File, MappedFile, TempMappedFile };
+
+class StreamTest : public ::testing::TestWithParam<Family> {
 protected:
     void SetUp() override {
+        const platform::WideString path = profile_.Path(TEXT("a.bin"));
         Status status = kStatusOk;
-        if (GetParam() == StreamType::Memory) {
-            stream_ = &memory_;
-            status = memory_.Open(fixed_.data(), kFixedSize, 3);
-        } else if (GetParam() == StreamType::DynamicMemory) {
-            stream_ = &growing_;
-            status = growing_.Open(0, -2);
-        } else {
-            stream_ = &file_;
-            status = file_.Open(profile_.Path(TEXT("a.bin")).c_str(), CREATE_ALWAYS, 3, 1, 128);
+        switch (GetParam()) {
+            case Family::Memory:
+                stream_ = &memory_;
+                status = memory_.Open(fixed_.data(), kFixedSize, 3);
+                break;
+            case Family::DynamicMemory:
+                stream_ = &growing_;
+                status = growing_.Open(0, -2);
+                break;
+            case Family::File:
+                stream_ = &file_;
+                status = file_.Open(path.c_str(), CREATE_ALWAYS, 3, 1, 128);
+                break;
+            case Family::MappedFile:
+                stream_ = &mapped_;
+                status = mapped_.Open(path.c_str(), CREATE_ALWAYS, 3, 1, 128);
+                break;
+            case Family::TempMappedFile:
+                stream_ = &temporary_;
+                status = temporary_.OpenTemp(TEXT("qvd"), nullptr, true);
         }
         ASSERT_EQ(status, kStatusOk);
     }
-    [[nodiscard]] bool Grows() const { return GetParam() != StreamType::Memory; }
+    [[nodiscard]] bool Grows() const { return GetParam() != Family::Memory; }
+    [[nodiscard]] bool IsMapped() const { return GetParam() >= Family::MappedFile; }
+    [[nodiscard]] bool KeepsRoom() const {
+        return GetParam() == Family::DynamicMemory || IsMapped();
+    }
 
     test_support::TestProfile profile_;
     std::string fixed_ = std::string(kFixedSize, '\0');
     MemStream memory_;
     DynMemStream growing_;
     FileStream file_;
+    MappedFileStream mapped_;
+    TempMappedFileStream temporary_;
     Stream* stream_ = nullptr;
 };
 
 INSTANTIATE_TEST_SUITE_P(Families, StreamTest,
-                         ::testing::Values(StreamType::Memory, StreamType::DynamicMemory,
-                                           StreamType::File));
+                         ::testing::Values(Family::Memory, Family::DynamicMemory, Family::File,
+                                           Family::MappedFile, Family::TempMappedFile));
 
 TEST_P(StreamTest, AgreesWithATextOfBytes) {
     constexpr unsigned kSeed = 65;
@@ -59,8 +80,10 @@ TEST_P(StreamTest, AgreesWithATextOfBytes) {
         return text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(length));
     };
     Stream& stream = *stream_;
-    const std::unique_ptr<Stream> clone = stream.Clone();
+    std::unique_ptr<Stream> clone = stream.Clone();
     ASSERT_NE(clone, nullptr);
+    // Of a mapped file far enough to need several views.
+    const std::int64_t farthest = IsMapped() ? 400'000 : 5'000;
     std::string model = Grows() ? std::string() : fixed_;
     std::int64_t position = 0;
     const auto put = [&](const std::string& bytes, std::int64_t end) {
@@ -68,7 +91,7 @@ TEST_P(StreamTest, AgreesWithATextOfBytes) {
         std::copy(bytes.begin(), bytes.end(), model.begin() + position);
         position += SizeOf(bytes);
     };
-    for (int step = 0; step < 3000; ++step) {
+    for (int step = 0; step < 100'000; ++step) {
         SCOPED_TRACE(step);
         const std::int64_t size = SizeOf(model);
         const std::int64_t length = below(10) ? below(300) : below(17);
@@ -79,7 +102,7 @@ TEST_P(StreamTest, AgreesWithATextOfBytes) {
         std::int64_t expectedCount = 0;
         Status expected = kStatusOk;
         Status status = kStatusOk;
-        switch (below(7)) {
+        switch (below(9)) {
             case 0: {
                 const std::int64_t mode = below(3);
                 const std::int64_t target = below(size + 3) - 1;
@@ -99,18 +122,21 @@ TEST_P(StreamTest, AgreesWithATextOfBytes) {
                 break;
             case 2:
                 expectedCount = std::min(length, size - place);
-                if (GetParam() == StreamType::File && length && !expectedCount) {
+                if (GetParam() >= Family::File && length && !expectedCount) {
                     expected = kStatusEndOfData;
                 }
                 status = stream.ReadAt(buffer.data(), length, SeekMode::Start, place, count);
                 ASSERT_EQ(part(buffer, 0, count), part(model, place, count));
                 break;
-            case 3:
-                status = stream.SetSize(place + length);
+            case 3: {
+                // Up by little, or anywhere.
+                const std::int64_t newSize = below(20) ? size + length : below(farthest);
+                status = stream.SetSize(newSize);
                 if (!Grows()) expected = kStatusUnsupportedOperation;
-                if (Grows()) model.resize(static_cast<std::size_t>(place + length));
+                if (Grows()) model.resize(static_cast<std::size_t>(newSize));
                 position = std::min(position, SizeOf(model));
                 break;
+            }
             case 4: {
                 // From itself or its clone, anywhere, overlapping or not. A growing block makes
                 // room for all that was asked for.
@@ -118,10 +144,23 @@ TEST_P(StreamTest, AgreesWithATextOfBytes) {
                 if (expectedCount < room) expected = kStatusEndOfData;
                 status = stream.CopyFrom(below(2) ? stream : *clone, SeekMode::Start, place, length,
                                          count);
-                const bool keepsRoom = GetParam() == StreamType::DynamicMemory;
-                put(part(model, place, count), position + (keepsRoom ? room : count));
+                put(part(model, place, count), position + (KeepsRoom() ? room : count));
                 break;
             }
+            case 5:
+                if (below(100)) break;
+                status = stream.Compact();
+                EXPECT_EQ(stream.GetAllocated() > std::max<std::int64_t>(size, 4), false);
+                break;
+            case 6:
+                if (below(4) == 0) clone = stream.Clone();
+                ASSERT_NE(clone, nullptr);
+                ASSERT_EQ(clone->Seek(SeekMode::Start, place), kStatusOk);
+                ASSERT_EQ(clone->Read(buffer.data(), length, count),
+                          length && place == size ? kStatusEndOfData : kStatusOk);
+                ASSERT_EQ(part(buffer, 0, count), part(model, place, length));
+                expectedCount = count;
+                break;
             default:
                 expectedCount = room;
                 if (length && !room) expected = kStatusEndOfData;
@@ -137,6 +176,9 @@ TEST_P(StreamTest, AgreesWithATextOfBytes) {
     MemStream whole;
     ASSERT_EQ(whole.Open(model.data(), SizeOf(model), kAccessRead), kStatusOk);
     EXPECT_EQ(CompareStreams(stream, whole), 1);
+    if (GetParam() != Family::MappedFile) return;
+    EXPECT_EQ(stream.Close(), kStatusOk);
+    EXPECT_TRUE(test_support::ReadWholeFile(profile_.Path(TEXT("a.bin"))) == model);
 }
 
 TEST_P(StreamTest, ChecksWhatItIsGiven) {

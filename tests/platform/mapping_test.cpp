@@ -5,6 +5,8 @@
 #include <thread>
 #include <vector>
 
+#include "platform/files.h"
+#include "platform/guarded_copy.h"
 #include "platform/memory.h"
 #include "platform/text.h"
 #include "tests/support/test_profile.h"
@@ -183,6 +185,83 @@ TEST_F(MappingTest, MakersRaceForOneObject) {
         *static_cast<char*>(first.Get()) = 'r';
         EXPECT_EQ(*static_cast<char*>(last.Get()), 'r');
     }
+}
+
+TEST_F(MappingTest, AFileIsMemory) {
+    constexpr DWORD kGranule = 0x10000;
+    const WideString path = profile_.Path(TEXT("mapped"));
+    ASSERT_TRUE(test_support::WriteWholeFile(path, "hello"));
+    const auto open = [&](DWORD access) {
+        return FileHandle(CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                      nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    };
+    const auto map = [](const FileHandle& file, DWORD protection, DWORD size) {
+        return MappingHandle(CreateFileMappingW(file.Get(), nullptr, protection, 0, size, nullptr));
+    };
+    const FileHandle reader = open(GENERIC_READ);
+    const FileHandle writer = open(GENERIC_READ | GENERIC_WRITE);
+    EXPECT_FALSE(map(reader, PAGE_READWRITE, 0));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ACCESS_DENIED));
+    EXPECT_FALSE(map(reader, PAGE_READONLY, 6));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_NOT_ENOUGH_MEMORY));
+    const MappingHandle whole = map(reader, PAGE_READONLY, 0);
+    const MappedView hello = Map(whole, 5, FILE_MAP_READ);
+    ASSERT_TRUE(hello);
+    EXPECT_EQ(std::string(static_cast<char*>(hello.Get()), 5), "hello");
+    EXPECT_FALSE(Map(whole, 5, FILE_MAP_WRITE));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ACCESS_DENIED));
+
+    const MappingHandle longer = map(writer, PAGE_READWRITE, 2 * kGranule + 5);
+    const auto mapAt = [&](DWORD offset, SIZE_T size) {
+        return MappedView(MapViewOfFile(longer.Get(), FILE_MAP_WRITE, 0, offset, size));
+    };
+    MappedView first = mapAt(kGranule, kGranule + 5);
+    const MappedView second = mapAt(kGranule, 1);
+    ASSERT_TRUE(first && second);
+    static_cast<char*>(first.Get())[kGranule + 4] = '!';
+    EXPECT_TRUE(FlushViewOfFile(first.Get(), 0));
+    first.Reset();
+    *static_cast<char*>(second.Get()) = '?';
+    const struct {
+        DWORD offset;
+        SIZE_T size;
+        LSTATUS error;
+    } kRefused[] = {{4096, 1, ERROR_MAPPED_ALIGNMENT}, {2 * kGranule, 6, ERROR_ACCESS_DENIED}};
+    for (const auto& c : kRefused) {
+        EXPECT_FALSE(mapAt(c.offset, c.size));
+        EXPECT_EQ(GetLastError(), static_cast<DWORD>(c.error));
+    }
+    const std::string content = test_support::ReadWholeFile(path);
+    ASSERT_EQ(content.size(), 2 * kGranule + 5);
+    EXPECT_EQ(content.substr(0, 6), std::string("hello\0", 6));
+    EXPECT_EQ(content[kGranule], '?');
+    EXPECT_EQ(content.back(), '!');
+    ASSERT_TRUE(test_support::WriteWholeFile(profile_.Path(TEXT("empty")), ""));
+    const FileHandle empty(CreateFileW(profile_.Path(TEXT("empty")).c_str(), GENERIC_READ, 0,
+                                       nullptr, OPEN_EXISTING, 0, nullptr));
+    EXPECT_FALSE(map(empty, PAGE_READONLY, 0));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_INVALID));
+}
+
+TEST(GuardedCopy, TellsWhichSideIsLost) {
+    volatile std::uintptr_t unmapped = 64;  // The compiler knows nothing about it.
+    char* const nowhere = reinterpret_cast<char*>(unmapped);
+    std::vector<char> from(100'000, 'x');
+    std::vector<char> to(100'000);
+    const auto work = [&](std::size_t size) {
+        for (int round = 0; round < 300; ++round) {
+            EXPECT_EQ(GuardedCopy(nowhere, from.data(), 1), CopyOutcome::TargetLost);
+            EXPECT_EQ(GuardedCopy(&size, nowhere, sizeof size), CopyOutcome::SourceLost);
+        }
+    };
+    std::thread other(work, 1);
+    work(2);
+    other.join();
+    EXPECT_EQ(GuardedCopy(to.data(), from.data(), from.size()), CopyOutcome::Done);
+    EXPECT_EQ(to, from);
+    EXPECT_EQ(GuardedCopy(nowhere, nowhere, 0), CopyOutcome::Done);
+    // A fault elsewhere ends the process, as ever.
+    EXPECT_DEATH(*static_cast<volatile char*>(nowhere) = 'x', "");
 }
 
 }  // namespace
