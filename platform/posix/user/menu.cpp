@@ -47,7 +47,9 @@ public:
             }
             item.id = id;
             item.state = flags & (MF_GRAYED | MF_DISABLED);
-            if (!(flags & MF_POPUP) && item.text.empty() && id == 0) item.state |= MF_SEPARATOR;
+            if (!(flags & MF_POPUP) && item.text.empty() && id == 0) {
+                item.state = MF_SEPARATOR | MF_GRAYED | MF_DISABLED;
+            }
             menu.items.push_back(std::move(item));
             if (flags & MF_POPUP && !ReadPopup(menu, depth + 1)) return false;
         }
