@@ -5,7 +5,7 @@ from those of the native layer, which declare fewer operations.
 usage: not_implemented.py OUTPUT HEADER... -- INTERFACE...
 
 Each class derives from its interface and answers E_NOTIMPL to every operation of it and its bases
-up to IDispatch; out-parameters that take an interface or a text are nulled first, since callers
+up to IDispatch or IUnknown; out-parameters that take an interface or a text are nulled first, since callers
 may release what they find there.
 """
 import re
@@ -57,19 +57,20 @@ def main():
             source = file.read()
             for name, base, body in BLOCK.findall(source):
                 interfaces[name] = (base, OPERATION.findall(body))
-    text = ('#pragma once\n\n#include "platform/browser.h"\n#include "platform/html.h"\n\n'
+    text = ('#pragma once\n\n#include "platform/band.h"\n#include "platform/html.h"\n\n'
             'namespace platform {\n\n'
             'template <class Interface>\n'
             'class NotImplemented;\n')
     for name in wanted:
         body, base = '', name
-        while base != 'IDispatch':
+        while base not in ('IDispatch', 'IUnknown'):
             if base not in interfaces:
                 sys.exit(f'{sys.argv[0]}: no interface {base} in {" ".join(headers)}')
             base, operations = interfaces[base]
             body = ''.join(operation(*o) for o in operations) + body
+        dispatch = DISPATCH if base == 'IDispatch' else ''
         text += (f'\ntemplate <>\nclass NotImplemented<{name}> : public {name} {{\n'
-                 f'public:\n    using Implements = {name};\n{DISPATCH}{body}}};\n')
+                 f'public:\n    using Implements = {name};\n{dispatch}{body}}};\n')
     text += '\n}  // namespace platform\n'
     with open(output, 'w', encoding='ascii') as file:
         file.write(text)

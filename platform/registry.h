@@ -2,7 +2,8 @@
 
 /// The registry. Natively it is a store on disk, `registry.db` in the profile folder, that all
 /// processes of the user share; every call is atomic. It differs from Windows in this:
-/// - The roots are HKEY_CURRENT_USER and HKEY_LOCAL_MACHINE, both in the one file.
+/// - The roots are HKEY_CURRENT_USER and HKEY_LOCAL_MACHINE, both in the one file, and
+///   HKEY_CLASSES_ROOT, which shows parts of both.
 /// - RegSetValueExW keeps exactly the bytes given; Windows may add a terminator that it finds
 ///   behind a text.
 /// - A file that is no registry gives ERROR_BADDB, a damaged one ERROR_REGISTRY_CORRUPT; it is

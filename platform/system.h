@@ -10,6 +10,14 @@ DWORD GetCurrentProcessId() noexcept;
 /// A number that no other thread of this process has as long as this one lives.
 DWORD GetCurrentThreadId() noexcept;
 
+/// Only the fields that have a meaning on this system.
+struct STARTUPINFOW {
+    DWORD cb;
+    LPWSTR lpTitle;
+};
+/// How this process was started: without a title, but for one that a test has set.
+void GetStartupInfoW(STARTUPINFOW* info) noexcept;
+
 struct OSVERSIONINFOA {
     DWORD dwOSVersionInfoSize;
     DWORD dwMajorVersion;

@@ -143,6 +143,10 @@ public:
 /// environment again. Without effect where kOwnsTheSystem is false.
 void SetIntegrityLevel(DWORD level);
 
+/// Sets the title that this process was started with; an empty one is none. Without effect where
+/// kOwnsTheSystem is false.
+void SetStartTitle(const WideString& title);
+
 enum class Programs { Ended, StillRunning };
 
 /// Waits until the programs that this process started by ShellExecuteW have ended.

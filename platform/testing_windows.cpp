@@ -75,6 +75,8 @@ unsigned InjectedFault::Times() const { return 0; }
 HeldClock::HeldClock(const SYSTEMTIME&) {}
 HeldClock::~HeldClock() = default;
 void SetIntegrityLevel(DWORD) {}
+
+void SetStartTitle(const WideString&) {}
 void ResetProfile() {}
 
 Programs WaitForStartedPrograms(DWORD timeoutMs, DWORD* exitCode) {

@@ -30,22 +30,6 @@ HRESULT UserFolder(const char* below, WideString& path) {
 }
 
 }  // namespace
-
-bool IsBuiltIn(WideView baseName) noexcept { return IsSameName(baseName, TEXT("shell32.dll")); }
-
-FARPROC BuiltInFunction(WideView baseName, const char* name) noexcept {
-    static const BuiltInExport kExports[] = {
-        {"SHGetFolderPathW", reinterpret_cast<void*>(&SHGetFolderPathW)},
-        {"SHGetKnownFolderPath", reinterpret_cast<void*>(&SHGetKnownFolderPath)},
-        {"SHOpenFolderAndSelectItems", reinterpret_cast<void*>(&SHOpenFolderAndSelectItems)},
-    };
-    if (!IsBuiltIn(baseName)) return nullptr;
-    for (const BuiltInExport& row : kExports) {
-        if (std::strcmp(row.name, name) == 0) return reinterpret_cast<FARPROC>(row.function);
-    }
-    return nullptr;
-}
-
 }  // namespace platform
 
 HRESULT SHGetKnownFolderPath(REFKNOWNFOLDERID id, DWORD, HANDLE, LPWSTR* path) noexcept {

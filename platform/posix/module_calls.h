@@ -26,6 +26,8 @@ inline constexpr DWORD LOAD_LIBRARY_AS_DATAFILE = 2;
 HMODULE LoadLibraryExW(LPCWSTR name, HANDLE file, DWORD flags) noexcept;
 /// ERROR_MOD_NOT_FOUND if `module` is not loaded.
 BOOL FreeLibrary(HMODULE module) noexcept;
+/// There are no notifications of threads to be without.
+inline BOOL DisableThreadLibraryCalls(HMODULE) noexcept { return TRUE; }
 /// Null with ERROR_PROC_NOT_FOUND. Exports of the modules that it depends on do not count.
 FARPROC GetProcAddress(HMODULE module, LPCSTR name) noexcept;
 /// The module with this base name or path, not counted; null is the program.

@@ -22,12 +22,6 @@ struct Module {
     ModuleImage image;        // mapped when the first resource is asked for
 };
 
-/// A function of a module that the layer itself provides.
-struct BuiltInExport {
-    const char* name;
-    void* function;
-};
-
 std::recursive_mutex& ModuleLock() noexcept;
 
 /// The entry of a handle; null with ERROR_MOD_NOT_FOUND.

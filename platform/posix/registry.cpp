@@ -6,6 +6,7 @@
 #include "platform/posix/registry_store.h"
 
 using platform::KeyId;
+using platform::KeyPlace;
 using platform::RegistryStore;
 using platform::WideView;
 
@@ -43,11 +44,10 @@ LSTATUS RegOpenKeyExW(HKEY key, LPCWSTR path, DWORD, REGSAM access, PHKEY result
     RegistryStore& store = RegistryStore::Instance();
     const std::lock_guard guard(store.lock);
     store.Prepare(access);
-    KeyId id = 0;
-    LSTATUS status = store.Resolve(key, 0, id);
-    if (status == ERROR_SUCCESS) status = store.FindPath(id, NameOf(path), id);
+    KeyPlace place;
+    LSTATUS status = store.Find(key, NameOf(path), place);
     if (status == ERROR_SUCCESS) status = store.CheckAccess(access);
-    if (status == ERROR_SUCCESS) *result = store.AddHandle(id, access);
+    if (status == ERROR_SUCCESS) *result = store.AddHandle(std::move(place), access);
     return status;
 }
 
@@ -59,14 +59,16 @@ LSTATUS RegCreateKeyExW(HKEY key, LPCWSTR path, DWORD reserved, LPWSTR, DWORD op
     if (reserved != 0 || options != REG_OPTION_NON_VOLATILE) return ERROR_INVALID_PARAMETER;
     RegistryStore& store = RegistryStore::Instance();
     const std::lock_guard guard(store.lock);
-    KeyId id = 0;
+    KeyPlace place;
+    KeyId base = 0;
     bool created = false;
     store.Prepare(access);
-    LSTATUS status = store.Resolve(key, 0, id);
+    // Nothing needs to stand below the classes for a key to be made there.
+    LSTATUS status = key == HKEY_CLASSES_ROOT ? ERROR_SUCCESS : store.Resolve(key, 0, base);
     if (status == ERROR_SUCCESS) status = store.CheckAccess(access);
-    if (status == ERROR_SUCCESS) status = store.CreatePath(id, NameOf(path), id, created);
+    if (status == ERROR_SUCCESS) status = store.Create(key, NameOf(path), place, created);
     if (status != ERROR_SUCCESS) return status;
-    *result = store.AddHandle(id, access);
+    *result = store.AddHandle(std::move(place), access);
     if (disposition) *disposition = created ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
     return ERROR_SUCCESS;
 }
@@ -116,17 +118,52 @@ LSTATUS RegDeleteTreeW(HKEY key, LPCWSTR path) noexcept {
     RegistryStore& store = RegistryStore::Instance();
     const std::lock_guard guard(store.lock);
     const bool keepKey = NameOf(path).empty();
-    KeyId id = 0;
-    LSTATUS status = store.Resolve(key, 0, id);
-    if (status == ERROR_SUCCESS) status = store.FindPath(id, NameOf(path), id);
+    KeyPlace place;
+    LSTATUS status = store.Find(key, NameOf(path), place);
     if (status == ERROR_SUCCESS) status = store.CheckAccess(KEY_ALL_ACCESS);
-    return status == ERROR_SUCCESS ? store.DeleteTree(id, keepKey) : status;
+    return status == ERROR_SUCCESS ? store.DeleteTree(place.key, keepKey) : status;
+}
+
+LSTATUS RegDeleteKeyW(HKEY key, LPCWSTR path) noexcept {
+    if (const LSTATUS error = Injected("RegDeleteKeyW"); error != ERROR_SUCCESS) return error;
+    if (!path || !*path) return ERROR_INVALID_PARAMETER;
+    if (path[0] == u'\\') return ERROR_BAD_PATHNAME;
+    RegistryStore& store = RegistryStore::Instance();
+    const std::lock_guard guard(store.lock);
+    KeyPlace place;
+    LSTATUS status = store.Find(key, path, place);
+    if (status == ERROR_SUCCESS) status = store.CheckAccess(KEY_ALL_ACCESS);
+    return status == ERROR_SUCCESS ? store.DeleteEmptyKey(place.key) : status;
+}
+
+LSTATUS RegDeleteKeyExW(HKEY key, LPCWSTR path, REGSAM view, DWORD reserved) noexcept {
+    return view || reserved ? ERROR_INVALID_PARAMETER : RegDeleteKeyW(key, path);
+}
+
+LSTATUS RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, LPDWORD length, LPDWORD reserved,
+                      LPWSTR keyClass, LPDWORD classLength, FILETIME* lastWritten) noexcept {
+    if (const LSTATUS error = Injected("RegEnumKeyExW"); error != ERROR_SUCCESS) return error;
+    if (!name || !length || reserved) return ERROR_INVALID_PARAMETER;
+    if (keyClass || classLength || lastWritten) return ERROR_NOT_SUPPORTED;
+    RegistryStore& store = RegistryStore::Instance();
+    const std::lock_guard guard(store.lock);
+    KeyId id = 0;
+    platform::WideString found;
+    LSTATUS status = store.Resolve(key, KEY_ENUMERATE_SUB_KEYS, id);
+    if (status == ERROR_SUCCESS) status = store.ReadChildName(id, index, found);
+    if (status != ERROR_SUCCESS) return status;
+    if (found.size() >= *length) return ERROR_MORE_DATA;
+    found.copy(name, found.size());
+    name[found.size()] = 0;
+    *length = static_cast<DWORD>(found.size());
+    return ERROR_SUCCESS;
 }
 
 LSTATUS RegQueryInfoKeyW(HKEY key, LPWSTR keyClass, LPDWORD classLength, LPDWORD reserved,
                          LPDWORD subkeys, LPDWORD longestSubkey, LPDWORD longestClass,
                          LPDWORD values, LPDWORD longestName, LPDWORD longestData,
                          LPDWORD securityLength, FILETIME* lastWritten) noexcept {
+    if (const LSTATUS error = Injected("RegQueryInfoKeyW"); error != ERROR_SUCCESS) return error;
     if (reserved) return ERROR_INVALID_PARAMETER;
     if (keyClass || classLength || longestSubkey || longestClass || longestName || longestData ||
         securityLength) {

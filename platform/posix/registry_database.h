@@ -28,6 +28,7 @@ enum class Query {
     DeleteKeysBelow,
     DeleteValuesOf,
     DeleteKey,
+    ChildName,
     KeyInfo,
     Count,
 };

@@ -79,6 +79,8 @@ const char* QueryText(Query query) {
             return "DELETE FROM vals WHERE key = ?1";
         case Query::DeleteKey:
             return "DELETE FROM keys WHERE id = ?1";
+        case Query::ChildName:
+            return "SELECT name FROM keys WHERE parent = ?1 ORDER BY folded LIMIT 1 OFFSET ?2";
         case Query::KeyInfo:
             return "SELECT written, (SELECT count(*) FROM keys AS k WHERE k.parent = keys.id), "
                    "(SELECT count(*) FROM vals WHERE vals.key = keys.id) FROM keys WHERE id = ?1";

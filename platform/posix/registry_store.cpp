@@ -24,6 +24,17 @@ std::int64_t Now() {
     return kUnixEpoch + std::int64_t{now.tv_sec} * 10'000'000 + now.tv_nsec / 100;
 }
 
+/// Where a path below HKEY_CLASSES_ROOT lies below the user's root and the machine's.
+WideString WholeClassPath(const WideString& path) {
+    return path.empty() ? WideString(TEXT("Software\\Classes"))
+                        : TEXT("Software\\Classes\\") + path;
+}
+
+bool IsRoot(HKEY handle) {
+    return handle == HKEY_CLASSES_ROOT || handle == HKEY_CURRENT_USER ||
+           handle == HKEY_LOCAL_MACHINE;
+}
+
 /// Takes the first part off `path`; runs of separators count as one.
 WideView TakePart(WideView& path) {
     const std::size_t end = std::min(path.find(u'\\'), path.size());
@@ -58,36 +69,35 @@ void RegistryStore::Prepare(REGSAM access) {
 }
 
 LSTATUS RegistryStore::Resolve(HKEY handle, REGSAM access, KeyId& key) {
-    const bool isRoot = handle == HKEY_CURRENT_USER || handle == HKEY_LOCAL_MACHINE;
-    if (!isRoot) {
+    if (!IsRoot(handle)) {
         const auto found = handles_.find(reinterpret_cast<std::uintptr_t>(handle));
         if (found == handles_.end()) return ERROR_INVALID_HANDLE;
         if ((found->second.access & access) != access) return ERROR_ACCESS_DENIED;
         if (const LSTATUS status = EnsureOpen(); status != ERROR_SUCCESS) return status;
         if (found->second.generation != generation_) return ERROR_KEY_DELETED;
-        key = found->second.key;
+        key = found->second.place.key;
         return ERROR_SUCCESS;
     }
     if (database_.IsOpen() && database_.IsReplaced()) database_.Close();
     if (const LSTATUS status = EnsureOpen(); status != ERROR_SUCCESS) return status;
     key = handle == HKEY_CURRENT_USER ? kCurrentUserId : kLocalMachineId;
-    return ERROR_SUCCESS;
+    return handle == HKEY_CLASSES_ROOT ? FindPath(key, WholeClassPath({}), key) : ERROR_SUCCESS;
 }
 
 LSTATUS RegistryStore::CheckAccess(REGSAM access) {
     return (access & kWriteAccess) && database_.IsReadOnly() ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;
 }
 
-HKEY RegistryStore::AddHandle(KeyId key, REGSAM access) {
+HKEY RegistryStore::AddHandle(KeyPlace place, REGSAM access) {
     // Numbers are not used twice, so that a closed handle stays invalid.
     const std::uintptr_t number = nextHandle_;
     nextHandle_ += 4;
-    handles_[number] = {key, access, generation_};
+    handles_[number] = {std::move(place), access, generation_};
     return reinterpret_cast<HKEY>(number);
 }
 
 LSTATUS RegistryStore::CloseHandle(HKEY handle) {
-    if (handle == HKEY_CURRENT_USER || handle == HKEY_LOCAL_MACHINE) return ERROR_SUCCESS;
+    if (IsRoot(handle)) return ERROR_SUCCESS;
     const bool closed = handles_.erase(reinterpret_cast<std::uintptr_t>(handle)) != 0;
     return closed ? ERROR_SUCCESS : ERROR_INVALID_HANDLE;
 }
@@ -138,6 +148,44 @@ LSTATUS RegistryStore::FindPath(KeyId start, WideView path, KeyId& key) {
     return ERROR_SUCCESS;
 }
 
+std::optional<WideString> RegistryStore::ClassPath(HKEY base, WideView path) const {
+    if (base == HKEY_CLASSES_ROOT) return WideString(path);
+    const auto found = handles_.find(reinterpret_cast<std::uintptr_t>(base));
+    if (found == handles_.end() || !found->second.place.classPath) return std::nullopt;
+    WideString whole = *found->second.place.classPath;
+    if (!whole.empty() && !path.empty()) whole += u'\\';
+    return whole += path;
+}
+
+LSTATUS RegistryStore::Find(HKEY base, WideView path, KeyPlace& place) {
+    place.classPath = ClassPath(base, path);
+    if (!place.classPath) {
+        const LSTATUS status = Resolve(base, 0, place.key);
+        return status == ERROR_SUCCESS ? FindPath(place.key, path, place.key) : status;
+    }
+    LSTATUS status = ERROR_FILE_NOT_FOUND;
+    for (const HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
+        KeyId start = 0;
+        status = Resolve(root, 0, start);
+        if (status != ERROR_SUCCESS) return status;
+        status = FindPath(start, WholeClassPath(*place.classPath), place.key);
+        if (status != ERROR_FILE_NOT_FOUND) return status;
+    }
+    return status;
+}
+
+LSTATUS RegistryStore::Create(HKEY base, WideView path, KeyPlace& place, bool& created) {
+    created = false;
+    // Most keys exist already and need no lock for writing.
+    const LSTATUS present = Find(base, path, place);
+    if (present != ERROR_FILE_NOT_FOUND) return present;
+    KeyId start = 0;
+    const LSTATUS status = Resolve(place.classPath ? HKEY_LOCAL_MACHINE : base, 0, start);
+    if (status != ERROR_SUCCESS) return status;
+    return place.classPath ? CreatePath(start, WholeClassPath(*place.classPath), place.key, created)
+                           : CreatePath(start, path, place.key, created);
+}
+
 LSTATUS RegistryStore::Touch(KeyId key) {
     bool found = false;
     const LSTATUS status =
@@ -167,10 +215,6 @@ LSTATUS RegistryStore::AddChild(KeyId parent, WideView name, KeyId& key) {
 }
 
 LSTATUS RegistryStore::CreatePath(KeyId start, WideView path, KeyId& key, bool& created) {
-    created = false;
-    // Most keys exist already and need no lock for writing.
-    const LSTATUS present = FindPath(start, path, key);
-    if (present != ERROR_FILE_NOT_FOUND) return present;
     if (database_.IsReadOnly()) return ERROR_ACCESS_DENIED;
     Transaction transaction(database_, Transaction::Kind::Writing);
     if (transaction.Status() != ERROR_SUCCESS) return transaction.Status();
@@ -201,6 +245,38 @@ LSTATUS RegistryStore::DeleteTree(KeyId key, bool keepKey) {
         if (status != ERROR_SUCCESS) return status;
     }
     return transaction.Commit();
+}
+
+LSTATUS RegistryStore::DeleteEmptyKey(KeyId key) {
+    Transaction transaction(database_, Transaction::Kind::Writing);
+    if (transaction.Status() != ERROR_SUCCESS) return transaction.Status();
+    std::int64_t written = 0;
+    DWORD subkeys = 0;
+    DWORD values = 0;
+    LSTATUS status = ReadKeyInfo(key, written, subkeys, values);
+    if (status == ERROR_SUCCESS && subkeys > 0) status = ERROR_ACCESS_DENIED;
+    if (status == ERROR_SUCCESS) status = TouchParent(key);
+    for (const Query query : {Query::DeleteValuesOf, Query::DeleteKey}) {
+        if (status == ERROR_SUCCESS) status = Statement(database_, query).Bind(1, key).Run();
+    }
+    return status == ERROR_SUCCESS ? transaction.Commit() : status;
+}
+
+LSTATUS RegistryStore::ReadChildName(KeyId key, DWORD index, WideString& name) {
+    Statement statement(database_, Query::ChildName);
+    bool found = false;
+    const LSTATUS status = statement.Bind(1, key).Bind(2, std::int64_t{index}).Step(found);
+    if (status != ERROR_SUCCESS) return status;
+    if (!found) {
+        const LSTATUS missing = MissingOrDeleted(key);
+        return missing == ERROR_FILE_NOT_FOUND ? ERROR_NO_MORE_ITEMS : missing;
+    }
+    if (!statement.IsBlob(0)) return ERROR_REGISTRY_CORRUPT;
+    DWORD size = 0;
+    const void* const bytes = statement.Bytes(0, size);
+    name.resize(size / sizeof(WCHAR));
+    if (!name.empty()) std::memcpy(name.data(), bytes, name.size() * sizeof(WCHAR));
+    return ERROR_SUCCESS;
 }
 
 LSTATUS RegistryStore::ReadKeyInfo(KeyId key, std::int64_t& written, DWORD& subkeys,

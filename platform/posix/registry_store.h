@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <unordered_map>
 
@@ -11,6 +12,12 @@
 namespace platform {
 
 using KeyId = std::int64_t;
+
+/// A key that was found or made by its path.
+struct KeyPlace {
+    KeyId key = 0;
+    std::optional<WideString> classPath;  // below HKEY_CLASSES_ROOT, if it was reached through that
+};
 
 /// The registry of this process: the connection to the profile's file and the open handles. One
 /// connection, guarded by `lock`, since a handle may be used from any thread and a call takes
@@ -34,12 +41,18 @@ public:
     /// reading is possible.
     LSTATUS CheckAccess(REGSAM access);
 
-    HKEY AddHandle(KeyId key, REGSAM access);
+    HKEY AddHandle(KeyPlace place, REGSAM access);
     LSTATUS CloseHandle(HKEY handle);
 
-    LSTATUS FindPath(KeyId start, WideView path, KeyId& key);
-    LSTATUS CreatePath(KeyId start, WideView path, KeyId& key, bool& created);
+    /// The key at a path below an open one; an empty path is that key itself.
+    LSTATUS Find(HKEY base, WideView path, KeyPlace& place);
+    /// The same, and makes what is missing of the path.
+    LSTATUS Create(HKEY base, WideView path, KeyPlace& place, bool& created);
     LSTATUS DeleteTree(KeyId key, bool keepKey);
+    /// ERROR_ACCESS_DENIED if the key has subkeys.
+    LSTATUS DeleteEmptyKey(KeyId key);
+    /// The name of a subkey by its place in the alphabet, or ERROR_NO_MORE_ITEMS.
+    LSTATUS ReadChildName(KeyId key, DWORD index, WideString& name);
     LSTATUS ReadKeyInfo(KeyId key, std::int64_t& written, DWORD& subkeys, DWORD& values);
 
     /// `data` and `size` as RegQueryValueExW has them; a null `data` reads only type and size.
@@ -53,12 +66,15 @@ public:
 
 private:
     struct Handle {
-        KeyId key;
+        KeyPlace place;
         REGSAM access;
         std::uint32_t generation;
     };
 
     LSTATUS EnsureOpen();
+    std::optional<WideString> ClassPath(HKEY base, WideView path) const;
+    LSTATUS FindPath(KeyId start, WideView path, KeyId& key);
+    LSTATUS CreatePath(KeyId start, WideView path, KeyId& key, bool& created);
     LSTATUS FindChild(KeyId parent, WideView name, KeyId& key);
     LSTATUS AddChild(KeyId parent, WideView name, KeyId& key);
     LSTATUS Touch(KeyId key);

@@ -8,10 +8,23 @@
 using REGSAM = DWORD;
 using PHKEY = HKEY*;
 
+/// The current user's Software\Classes over the machine's: a key is opened in the first that has it
+/// and created in the machine's. What is opened below a key of it is looked up so anew; subkeys are
+/// counted and enumerated, and values found, in the one key that was opened.
+#define HKEY_CLASSES_ROOT \
+    (reinterpret_cast<HKEY>(static_cast<LONG_PTR>(static_cast<LONG>(0x80000000))))
 #define HKEY_CURRENT_USER \
     (reinterpret_cast<HKEY>(static_cast<LONG_PTR>(static_cast<LONG>(0x80000001))))
 #define HKEY_LOCAL_MACHINE \
     (reinterpret_cast<HKEY>(static_cast<LONG_PTR>(static_cast<LONG>(0x80000002))))
+
+// Roots that are not served: ERROR_INVALID_HANDLE.
+#define HKEY_USERS (reinterpret_cast<HKEY>(static_cast<LONG_PTR>(static_cast<LONG>(0x80000003))))
+#define HKEY_PERFORMANCE_DATA \
+    (reinterpret_cast<HKEY>(static_cast<LONG_PTR>(static_cast<LONG>(0x80000004))))
+#define HKEY_CURRENT_CONFIG \
+    (reinterpret_cast<HKEY>(static_cast<LONG_PTR>(static_cast<LONG>(0x80000005))))
+#define HKEY_DYN_DATA (reinterpret_cast<HKEY>(static_cast<LONG_PTR>(static_cast<LONG>(0x80000006))))
 
 inline constexpr DWORD REG_NONE = 0;
 inline constexpr DWORD REG_SZ = 1;
@@ -60,6 +73,18 @@ LSTATUS RegDeleteValueW(HKEY key, LPCWSTR name) noexcept;
 
 /// Deletes the key at `path` with all that is below; with null or empty, only what is below.
 LSTATUS RegDeleteTreeW(HKEY key, LPCWSTR path) noexcept;
+
+/// Deletes a key that has no subkeys; with some ERROR_ACCESS_DENIED. `path` is not empty.
+LSTATUS RegDeleteKeyW(HKEY key, LPCWSTR path) noexcept;
+/// The same; `view` and `reserved` are 0. Not declared for callers that run on systems without it:
+/// they look it up in "advapi32.dll".
+LSTATUS RegDeleteKeyExW(HKEY key, LPCWSTR path, REGSAM view, DWORD reserved) noexcept;
+
+/// The name of the subkey at a place in the alphabet. `*length` is in units: the room with the
+/// terminator, then the length without it. Class and time are not served: those are null.
+/// \return ERROR_NO_MORE_ITEMS behind the last one, ERROR_MORE_DATA without room.
+LSTATUS RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, LPDWORD length, LPDWORD reserved,
+                      LPWSTR keyClass, LPDWORD classLength, FILETIME* lastWritten) noexcept;
 
 /// Counts and the time of the last change: each creation or deletion of a direct subkey and each
 /// writing or deletion of a value moves it forward, strictly. Of the out-parameters only

@@ -5,6 +5,13 @@
 #include "platform/posix/last_error.h"
 #include "platform/security.h"
 #include "platform/system.h"
+#include "platform/testing.h"
+
+namespace {
+
+platform::WideString startTitle;
+
+}  // namespace
 
 DWORD GetCurrentProcessId() noexcept { return static_cast<DWORD>(getpid()); }
 DWORD GetCurrentThreadId() noexcept { return static_cast<DWORD>(syscall(SYS_gettid)); }
@@ -15,6 +22,12 @@ BOOL GetVersionExA(OSVERSIONINFOA* version) noexcept {
     *version = {size, 10, 0, 19045, VER_PLATFORM_WIN32_NT, {}};
     return TRUE;
 }
+
+void GetStartupInfoW(STARTUPINFOW* info) noexcept {
+    *info = {sizeof(STARTUPINFOW), startTitle.empty() ? nullptr : startTitle.data()};
+}
+
+void platform::testing::SetStartTitle(const WideString& title) { startTitle = title; }
 
 void GetSystemInfo(SYSTEM_INFO* info) noexcept {
     constexpr DWORD kGranularity = 0x10000;  // of VirtualAlloc

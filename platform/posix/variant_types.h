@@ -65,7 +65,14 @@ static_assert(sizeof(VARIANT) == 24);
 
 inline constexpr HRESULT DISP_E_BADVARTYPE = static_cast<HRESULT>(0x80020008);
 inline constexpr HRESULT DISP_E_TYPEMISMATCH = static_cast<HRESULT>(0x80020005);
+inline constexpr HRESULT DISP_E_EXCEPTION = static_cast<HRESULT>(0x80020009);
+inline constexpr HRESULT DISP_E_OVERFLOW = static_cast<HRESULT>(0x8002000A);
 inline constexpr HRESULT DISP_E_BADINDEX = static_cast<HRESULT>(0x8002000B);
+
+/// Reads a decimal number with blanks around it, a sign and a fraction, which is rounded, or one of
+/// base 16 or 8 behind "&H" or "&O". No separators of thousands, whatever the locale.
+/// \return DISP_E_TYPEMISMATCH for another text, DISP_E_OVERFLOW for a number that does not fit.
+HRESULT VarUI4FromStr(const WCHAR* text, LCID locale, ULONG flags, ULONG* result) noexcept;
 
 /// Makes it empty, whatever it holds.
 void VariantInit(VARIANTARG* value) noexcept;

@@ -270,6 +270,24 @@ TEST_F(RegistryTest, DeletesWhatIsBelowAndKeepsTheRest) {
     EXPECT_EQ(Open(nullptr), ERROR_SUCCESS);
 }
 
+TEST_F(RegistryTest, DeletesAndNamesSubkeysOneByOne) {
+    Create(root_.Get(), TEXT("b\\below"));
+    Create(root_.Get(), TEXT("A"));
+    WCHAR name[3] = {};
+    const auto nameAt = [&](DWORD index, DWORD room) {
+        return RegEnumKeyExW(root_.Get(), index, name, &room, nullptr, nullptr, nullptr, nullptr);
+    };
+    EXPECT_EQ(nameAt(0, 2), ERROR_SUCCESS);
+    EXPECT_EQ(WideString(name), TEXT("A"));
+    EXPECT_EQ(nameAt(1, 1), ERROR_MORE_DATA);
+    EXPECT_EQ(nameAt(2, 3), ERROR_NO_MORE_ITEMS);
+    EXPECT_EQ(RegDeleteKeyW(root_.Get(), TEXT("b")), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(RegDeleteKeyW(root_.Get(), TEXT("b\\below")), ERROR_SUCCESS);
+    EXPECT_EQ(RegDeleteKeyW(root_.Get(), TEXT("b")), ERROR_SUCCESS);
+    EXPECT_EQ(RegDeleteKeyW(root_.Get(), TEXT("b")), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(nameAt(1, 3), ERROR_NO_MORE_ITEMS);
+}
+
 TEST_F(RegistryTest, EveryChangeMovesTheKeysTimeForward) {
     const RegistryKey child = Create(root_.Get(), TEXT("child"));
     const BYTE byte = 0;
