@@ -1,18 +1,38 @@
+#include "browser/toolbar_state.h"
 #include "browser/window_classes.h"
 #include "driver/module_folder.h"
 #include "foundation/library.h"
 #include "platform/modules.h"
 
-/// The module's start and end, in one place.
-/// \return FALSE, so that the module is not loaded, when its own folder cannot be read.
-extern "C" QVD_EXPORT BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) noexcept {
-    if (reason == DLL_PROCESS_ATTACH) {
-        if (!AttachModule(module)) return FALSE;
-        AUX::StartLibrary();
-    } else if (reason == DLL_PROCESS_DETACH) {
-        UnregisterWindowClasses();
-        AUX::EndLibrary();
+namespace {
+
+// In this order; the library's memory has started before. Whatever a later step needs stands by
+// then. What can wait is done at its first use: the system holds its lock on modules meanwhile.
+bool Start(HINSTANCE module) noexcept {
+    DisableThreadLibraryCalls(module);
+    if (!AttachModule(module)) return false;
+    if (!SharedToolbarState().Load()) {
         DetachModule();
+        return false;
     }
+    AUX::StartLibrary();
+    return true;
+}
+
+void End() noexcept {
+    UnregisterWindowClasses();
+    AUX::EndLibrary();
+    SharedToolbarState().Store();
+    DetachModule();
+}
+
+}  // namespace
+
+/// The module's start and end, in one place.
+/// \return FALSE, so that the module is not loaded, when its own folder cannot be read or one of
+///         its locks cannot be made.
+extern "C" QVD_EXPORT BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) noexcept {
+    if (reason == DLL_PROCESS_ATTACH) return Start(module) ? TRUE : FALSE;
+    if (reason == DLL_PROCESS_DETACH) End();
     return TRUE;
 }
