@@ -2,6 +2,7 @@
 
 #include "browser/band_background.h"
 #include "browser/reflection.h"
+#include "browser/toolbar_state.h"
 #include "browser/window_classes.h"
 #include "capture/selection_capture.h"
 #include "driver/convert_command.h"
@@ -119,7 +120,11 @@ void BandWindow::OnPaint() noexcept {
     if (BeginPaint(Window, &paint)) EndPaint(Window, &paint);
 }
 
-void BandWindow::OnDestroy() noexcept { DestroyWindow(Toolbar.Window); }
+void BandWindow::OnDestroy() noexcept {
+    // Also when another band is the active one: its tab finds nobody to follow until it changes.
+    SharedToolbarState().SetActive(nullptr);
+    DestroyWindow(Toolbar.Window);
+}
 
 LRESULT BandWindow::OnCommand(WPARAM commandId, bool& handled) noexcept {
     handled = false;
