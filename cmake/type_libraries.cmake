@@ -25,7 +25,8 @@ endif()
 
 function(add_type_library name idl)
     set(library ${CMAKE_CURRENT_BINARY_DIR}/${name}.tlb)
-    cmake_path(GET CMAKE_CURRENT_SOURCE_DIR FILENAME folder)
+    cmake_path(RELATIVE_PATH CMAKE_CURRENT_SOURCE_DIR BASE_DIRECTORY ${PROJECT_SOURCE_DIR}
+        OUTPUT_VARIABLE folder)
     set(header ${QVD_GENERATED}/${folder}/generated/${name}.h)
     if(WIN32)
         set(base ${PROJECT_BINARY_DIR}/idl)

@@ -1,5 +1,8 @@
+#include <cstring>
+
 #include "platform/automation.h"
 #include "platform/com_ptr.h"
+#include "platform/posix/variant_number.h"
 
 namespace {
 
@@ -12,6 +15,50 @@ HRESULT Copy(VARIANT& to, const VARIANT& from) noexcept {
     }
     if ((from.vt == VT_UNKNOWN || from.vt == VT_DISPATCH) && from.punkVal) from.punkVal->AddRef();
     return S_OK;
+}
+
+/// Bytes of a value's data; 0 for a kind without any, or one that is not known.
+std::size_t SizeOf(VARTYPE kind) {
+    switch (kind) {
+        case VT_I1:
+        case VT_UI1:
+            return 1;
+        case VT_I2:
+        case VT_UI2:
+        case VT_BOOL:
+            return 2;
+        case VT_I4:
+        case VT_UI4:
+        case VT_INT:
+        case VT_UINT:
+        case VT_R4:
+        case VT_ERROR:
+            return 4;
+        case VT_I8:
+        case VT_UI8:
+        case VT_R8:
+        case VT_CY:
+        case VT_DATE:
+        case VT_BSTR:
+        case VT_DISPATCH:
+        case VT_UNKNOWN:
+            return 8;
+        default:
+            return 0;
+    }
+}
+
+/// What a value given by reference refers to, lent.
+bool Refer(const VARIANT& reference, VARIANT& value) {
+    const auto kind = static_cast<VARTYPE>(reference.vt & ~VT_BYREF);
+    if (kind == VT_VARIANT) {
+        value = *static_cast<const VARIANT*>(reference.byref);
+        return (value.vt & VT_BYREF) == 0;
+    }
+    const std::size_t size = SizeOf(kind);
+    std::memcpy(&value.room, reference.byref, size);
+    value.vt = kind;
+    return size != 0;
 }
 
 template <class T>
@@ -64,6 +111,11 @@ HRESULT VariantClear(VARIANTARG* value) noexcept {
 
 HRESULT VariantChangeType(VARIANTARG* target, const VARIANTARG* source, USHORT,
                           VARTYPE kind) noexcept {
+    VARIANT referred{};
+    if (source->vt & VT_BYREF) {
+        if (!Refer(*source, referred)) return DISP_E_BADVARTYPE;
+        source = &referred;
+    }
     VARIANT made{};
     made.vt = kind;
     const bool isObject = source->vt == VT_UNKNOWN || source->vt == VT_DISPATCH;
@@ -76,6 +128,10 @@ HRESULT VariantChangeType(VARIANTARG* target, const VARIANTARG* source, USHORT,
         changed = Ask(source->punkVal, made.pdispVal);
     } else if (isObject && kind == VT_UNKNOWN) {
         changed = Ask(source->punkVal, made.punkVal);
+    } else if (!isObject) {
+        const HRESULT result = platform::ChangeNumber(made, *source);
+        if (FAILED(result)) return result;
+        changed = true;
     }
     if (!changed) return DISP_E_TYPEMISMATCH;
     const HRESULT cleared = VariantClear(target);

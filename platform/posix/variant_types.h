@@ -3,6 +3,7 @@
 #include "platform/posix/com_types.h"
 
 using VARTYPE = USHORT;
+using DATE = double;
 
 /// The kinds that the code meets.
 enum VARENUM : VARTYPE {
@@ -78,8 +79,9 @@ HRESULT VarUI4FromStr(const WCHAR* text, LCID locale, ULONG flags, ULONG* result
 void VariantInit(VARIANTARG* value) noexcept;
 /// Frees what it holds and makes it empty. DISP_E_BADVARTYPE for a kind that is not known.
 HRESULT VariantClear(VARIANTARG* value) noexcept;
-/// Puts `source`, as another kind, into `target`, which is cleared and may be `source` itself. Here
-/// only to the kind that it has, and from VT_UNKNOWN and VT_DISPATCH to each other.
+/// Puts `source`, as another kind, into `target`, which is cleared and may be `source` itself:
+/// to the kind that it has, from VT_UNKNOWN and VT_DISPATCH to each other, and between numbers,
+/// truth values and decimal texts. What is given by reference is read first.
 /// \return DISP_E_TYPEMISMATCH for any other change, also when the object lacks the interface;
 ///         `target` then stays.
 HRESULT VariantChangeType(VARIANTARG* target, const VARIANTARG* source, USHORT flags,

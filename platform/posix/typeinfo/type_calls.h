@@ -20,6 +20,14 @@ struct ITypeInfo : IUnknown {
     virtual HRESULT STDMETHODCALLTYPE GetImplTypeFlags(UINT index, INT* flags) = 0;
     /// Ids of a member and of its parameters. Case does not count.
     virtual HRESULT STDMETHODCALLTYPE GetIDsOfNames(LPOLESTR* names, UINT count, MEMBERID* ids) = 0;
+    /// Calls the member of `instance`, which has the described interface's table; of a dispatch
+    /// interface that is no dual one through its own Invoke.
+    /// \param argumentError  May be null. Gets the place of an argument that does not fit.
+    /// \return DISP_E_MEMBERNOTFOUND without such a member of one of the kinds in `flags`, else
+    ///         what platform::types::CallThroughTable gives.
+    virtual HRESULT STDMETHODCALLTYPE Invoke(void* instance, MEMBERID member, WORD flags,
+                                             DISPPARAMS* parameters, VARIANT* result,
+                                             EXCEPINFO* exception, UINT* argumentError) = 0;
     /// MEMBERID_NIL asks for the type itself. Each out-parameter may be null.
     virtual HRESULT STDMETHODCALLTYPE GetDocumentation(MEMBERID member, BSTR* name, BSTR* text,
                                                        DWORD* helpContext, BSTR* helpFile) = 0;

@@ -2,6 +2,7 @@
 #include <new>
 
 #include "platform/posix/module_table.h"
+#include "platform/posix/typeinfo/call.h"
 #include "platform/posix/typeinfo/type_objects.h"
 
 namespace platform::types {
@@ -182,6 +183,25 @@ HRESULT TypeInfo::GetIDsOfNames(LPOLESTR* names, UINT count, MEMBERID* ids) {
         if (ids[i] == MEMBERID_NIL) result = DISP_E_UNKNOWNNAME;
     }
     return result;
+}
+
+HRESULT TypeInfo::Invoke(void* instance, MEMBERID member, WORD flags, DISPPARAMS* parameters,
+                         VARIANT* result, EXCEPINFO* exception, UINT* argumentError) {
+    constexpr WORD kRestricted = 1;
+    if (!instance || !parameters) return E_INVALIDARG;
+    if (type_.kind == TKIND_DISPATCH) {
+        return static_cast<IDispatch*>(instance)->Invoke(member, GUID{}, library_->language, flags,
+                                                         parameters, result, exception,
+                                                         argumentError);
+    }
+    for (const Function* each : reachable_) {
+        const FUNCDESC& described = each->description;
+        if (described.memid != member || (described.invkind & flags) == 0) continue;
+        if (described.wFuncFlags & kRestricted) break;
+        return CallThroughTable(library_, *each, instance, *parameters, result, exception,
+                                argumentError);
+    }
+    return DISP_E_MEMBERNOTFOUND;
 }
 
 HRESULT TypeInfo::GetDocumentation(MEMBERID member, BSTR* name, BSTR* text, DWORD* helpContext,

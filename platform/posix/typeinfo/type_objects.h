@@ -41,6 +41,9 @@ public:
     HRESULT STDMETHODCALLTYPE GetRefTypeOfImplType(UINT index, HREFTYPE* reference) override;
     HRESULT STDMETHODCALLTYPE GetImplTypeFlags(UINT index, INT* flags) override;
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(LPOLESTR* names, UINT count, MEMBERID* ids) override;
+    HRESULT STDMETHODCALLTYPE Invoke(void* instance, MEMBERID member, WORD flags,
+                                     DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
+                                     UINT* argumentError) override;
     HRESULT STDMETHODCALLTYPE GetDocumentation(MEMBERID member, BSTR* name, BSTR* text,
                                                DWORD* helpContext, BSTR* helpFile) override;
     HRESULT STDMETHODCALLTYPE GetRefTypeInfo(HREFTYPE reference, ITypeInfo** info) override;
