@@ -1,3 +1,4 @@
+#include "browser/server_state.h"
 #include "browser/toolbar_state.h"
 #include "browser/window_classes.h"
 #include "driver/module_folder.h"
@@ -11,7 +12,12 @@ namespace {
 bool Start(HINSTANCE module) noexcept {
     DisableThreadLibraryCalls(module);
     if (!AttachModule(module)) return false;
+    if (!StartServer()) {
+        DetachModule();
+        return false;
+    }
     if (!SharedToolbarState().Load()) {
+        EndServer();
         DetachModule();
         return false;
     }
@@ -23,6 +29,7 @@ void End() noexcept {
     UnregisterWindowClasses();
     AUX::EndLibrary();
     SharedToolbarState().Store();
+    EndServer();
     DetachModule();
 }
 

@@ -1,0 +1,68 @@
+#include "browser/server_state.h"
+
+#include <atomic>
+
+#include "browser/class_factory.h"
+#include "platform/com_ptr.h"
+#include "platform/sync.h"
+
+namespace {
+
+constinit std::atomic<LONG> moduleLocks{0};
+constinit CRITICAL_SECTION factoryLock = {};
+constinit std::atomic<bool> hasStarted{false};
+
+struct ServedClass {
+    CLSID id;
+    platform::ComPtr<IClassFactory> (*makeFactory)() noexcept;
+    // One reference, given back by EndServer: at the process's end nobody may run a destructor.
+    std::atomic<IClassFactory*> factory;
+};
+constinit ServedClass servedClasses[] = {{kAddinClassId, MakeClassFactory, nullptr}};
+
+IClassFactory* FactoryOf(ServedClass& served) noexcept {
+    IClassFactory* factory = served.factory.load(std::memory_order_acquire);
+    if (factory) return factory;
+    EnterCriticalSection(&factoryLock);
+    factory = served.factory.load(std::memory_order_relaxed);
+    if (!factory) {  // Another thread may have made it meanwhile.
+        factory = served.makeFactory().Detach();
+        served.factory.store(factory, std::memory_order_release);
+    }
+    LeaveCriticalSection(&factoryLock);
+    return factory;
+}
+
+}  // namespace
+
+bool StartServer() noexcept {
+    hasStarted = InitializeCriticalSectionAndSpinCount(&factoryLock, 0) != FALSE;
+    return hasStarted;
+}
+
+void EndServer() noexcept {
+    if (!hasStarted.exchange(false)) return;
+    for (ServedClass& served : servedClasses) {
+        platform::ComPtr<IClassFactory> last;
+        last.Attach(served.factory.exchange(nullptr));
+    }
+    DeleteCriticalSection(&factoryLock);
+}
+
+void LockModule() noexcept { moduleLocks.fetch_add(1, std::memory_order_relaxed); }
+
+void UnlockModule() noexcept { moduleLocks.fetch_sub(1, std::memory_order_acq_rel); }
+
+bool IsModuleLocked() noexcept { return moduleLocks.load(std::memory_order_acquire) != 0; }
+
+HRESULT GetClassFactory(REFCLSID classId, REFIID id, void** factory) noexcept {
+    if (!factory) return E_POINTER;
+    *factory = nullptr;
+    if (!hasStarted) return E_UNEXPECTED;
+    for (ServedClass& served : servedClasses) {
+        if (!IsEqualGUID(served.id, classId)) continue;
+        IClassFactory* const found = FactoryOf(served);
+        return found ? found->QueryInterface(id, factory) : E_OUTOFMEMORY;
+    }
+    return CLASS_E_CLASSNOTAVAILABLE;
+}
