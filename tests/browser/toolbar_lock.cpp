@@ -1,4 +1,5 @@
-// The flag that bands share has its lock from the module's start on, which this program has none of.
+// The flag that bands share has its lock from the module's start on, which this program has none
+// of.
 
 #include <gtest/gtest.h>
 
