@@ -8,12 +8,13 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <sys/mman.h>
 #include <unistd.h>
 #include <vector>
 
 #include "bench/ratio_table.h"
 #include "foundation/dyn_mem_stream.h"
-#include "foundation/file_stream.h"
+#include "foundation/mapped_file_stream.h"
 #include "foundation/wstring.h"
 
 namespace {
@@ -127,11 +128,14 @@ public:
         return file;
     }
     [[nodiscard]] int Descriptor() const { return descriptor_; }
-    [[nodiscard]] bool Open(AUX::FileStream& stream) const {
+    void Lengthen(off_t size) const {
+        if (ftruncate(descriptor_, size) != 0) std::abort();
+    }
+    [[nodiscard]] bool Open(AUX::FileStream& stream,
+                            std::uint32_t access = AUX::kAccessRead | AUX::kAccessWrite) const {
         std::u16string text = u"Z:" + path_.u16string();
         std::ranges::replace(text, u'/', u'\\');
-        constexpr std::uint32_t kAccess = AUX::kAccessRead | AUX::kAccessWrite;
-        return stream.Open(text.c_str(), OPEN_EXISTING, kAccess, FILE_SHARE_READ,
+        return stream.Open(text.c_str(), OPEN_EXISTING, access, FILE_SHARE_READ,
                            FILE_ATTRIBUTE_NORMAL) == AUX::kStatusOk;
     }
 
@@ -174,6 +178,47 @@ void FileByCall(benchmark::State& state) {
     }
 }
 
+constexpr std::int64_t kMappedSize = 64 << 20;
+
+/// Places for reads of 4 KiB: one after the other, or all over the file.
+template <bool isRandom>
+std::int64_t NextPlace(std::int64_t place) {
+    constexpr std::int64_t kStep = isRandom ? 40'503 * std::int64_t{kLargest} : kLargest;
+    return (place + kStep) % kMappedSize;
+}
+
+template <bool isRandom>
+void ReadMapped(benchmark::State& state) {
+    File::Shared().Lengthen(kMappedSize);
+    AUX::MappedFileStream stream;
+    if (!File::Shared().Open(stream, AUX::kAccessRead)) return state.SkipWithError("cannot open");
+    Buffer buffer;
+    std::int64_t place = 0;
+    for (auto _ : state) {
+        std::int64_t count = 0;
+        if (isRandom || place == 0) (void)stream.Seek(AUX::SeekMode::Start, place);
+        if (stream.Read(buffer.As<char>(), kLargest, count)) {
+            return state.SkipWithError("cannot read");
+        }
+        place = NextPlace<isRandom>(place);
+    }
+}
+template <bool isRandom>
+void ReadWholeMapping(benchmark::State& state) {
+    File::Shared().Lengthen(kMappedSize);
+    void* const whole =
+        mmap(nullptr, kMappedSize, PROT_READ, MAP_SHARED, File::Shared().Descriptor(), 0);
+    if (whole == MAP_FAILED) return state.SkipWithError("cannot map");
+    Buffer buffer;
+    std::int64_t place = 0;
+    for (auto _ : state) {
+        std::memcpy(buffer.As<char>(), static_cast<const char*>(whole) + place, kLargest);
+        benchmark::DoNotOptimize(buffer.As<char>());
+        place = NextPlace<isRandom>(place);
+    }
+    munmap(whole, kMappedSize);
+}
+
 struct Comparison {
     const char* workload;
     void (*own)(benchmark::State&);
@@ -189,6 +234,8 @@ constexpr Comparison kComparisons[] = {
     {"file_read_4096", FileByStream<Direction::Read>, "pread", FileByCall<Direction::Read>, 1.05},
     {"file_write_4096", FileByStream<Direction::Write>, "pwrite", FileByCall<Direction::Write>,
      1.05},
+    {"mapped_read_4096", ReadMapped<false>, "mapping", ReadWholeMapping<false>, 1.3},
+    {"mapped_random_4096", ReadMapped<true>, "mapping", ReadWholeMapping<true>, 1.3},
 };
 
 }  // namespace
