@@ -4,6 +4,7 @@
 #include "platform/posix/module_table.h"
 #include "platform/registry.h"
 #include "platform/shell.h"
+#include "platform/typeinfo.h"
 
 namespace platform {
 namespace {
@@ -17,6 +18,10 @@ struct BuiltInExport {
 
 const BuiltInExport kExports[] = {
     {TEXT("advapi32.dll"), "RegDeleteKeyExW", reinterpret_cast<void*>(&RegDeleteKeyExW)},
+    {TEXT("oleaut32.dll"), "RegisterTypeLibForUser",
+     reinterpret_cast<void*>(&RegisterTypeLibForUser)},
+    {TEXT("oleaut32.dll"), "UnRegisterTypeLibForUser",
+     reinterpret_cast<void*>(&UnRegisterTypeLibForUser)},
     {TEXT("shell32.dll"), "SHGetFolderPathW", reinterpret_cast<void*>(&SHGetFolderPathW)},
     {TEXT("shell32.dll"), "SHGetKnownFolderPath", reinterpret_cast<void*>(&SHGetKnownFolderPath)},
     {TEXT("shell32.dll"), "SHOpenFolderAndSelectItems",

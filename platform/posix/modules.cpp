@@ -169,8 +169,15 @@ Module* FindLoaded(WideView name) {
     return nullptr;
 }
 
+Module* AddBuiltIn(const WideString& name) {
+    return Add(nullptr, TEXT("C:\\windows\\system32\\") + name);
+}
+
 HMODULE FindHandle(WideView name) {
-    Module* module = FindLoaded(WithExtension(name));
+    const WideString whole = WithExtension(name);
+    Module* module = FindLoaded(whole);
+    // The layer's own modules are there from the start, like those that a program is linked to.
+    if (!module && IsBuiltIn(whole)) module = AddBuiltIn(whole);
     if (!module) SetLastError(ERROR_MOD_NOT_FOUND);
     return module ? HandleOf(*module) : nullptr;
 }
@@ -185,7 +192,7 @@ HMODULE LoadByName(const WideString& name) {
         ++loaded->uses;
         return HandleOf(*loaded);
     }
-    if (IsBuiltIn(name)) return HandleOf(*Add(nullptr, TEXT("C:\\windows\\system32\\") + name));
+    if (IsBuiltIn(name)) return HandleOf(*AddBuiltIn(name));
     std::string host;
     return ToHostPath(BesideProgram(name).c_str(), host) == 0 ? LoadFile(host)
                                                               : FailLoad(ERROR_MOD_NOT_FOUND);

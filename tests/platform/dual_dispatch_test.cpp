@@ -13,10 +13,7 @@
 namespace platform {
 namespace {
 
-HMODULE Probe() noexcept {
-    static const HMODULE module = LoadLibraryW(FromUtf8(TEST_MODULES "\\probe.dll").c_str());
-    return module;
-}
+HMODULE Probe() noexcept { return GetModuleHandleW(TEXT("probe.dll")); }
 
 DualDispatch dispatch(&InterfaceId<ICalls>, &Probe);
 
@@ -130,6 +127,7 @@ protected:
         return status;
     }
 
+    const ModuleHandle probe_{LoadLibraryW(FromUtf8(TEST_MODULES "\\probe.dll").c_str())};
     const ComPtr<Calls> calls_ = MakeObject<Calls>();
     std::string shown_;
     EXCEPINFO exception_{};

@@ -5,6 +5,9 @@
 #include <sstream>
 
 #include "platform/com_ptr.h"
+#include "platform/registry.h"
+#include "platform/resources.h"
+#include "platform/testing.h"
 #include "platform/text.h"
 #include "platform/unique_bstr.h"
 #include "tests/support/test_profile.h"
@@ -151,6 +154,105 @@ TEST(TypeInfo, OfOneIdlIsTheSameInBothBuilds) {
     std::stringstream expected;
     expected << file.rdbuf();
     EXPECT_EQ(Description().Of(library.Get()), expected.str());
+}
+
+// The default value of a key, or "-".
+std::string ValueOf(const std::string& path) {
+    RegistryKey key;
+    WCHAR text[512] = {};
+    DWORD size = sizeof text;
+    const HKEY root = testing::kOwnsTheSystem ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE;
+    const WideString whole = FromUtf8("Software\\Classes\\" + path);
+    if (RegOpenKeyExW(root, whole.c_str(), 0, KEY_READ, key.Put()) != ERROR_SUCCESS) return "-";
+    (void)RegQueryValueExW(key.Get(), nullptr, nullptr, nullptr, reinterpret_cast<BYTE*>(text),
+                           &size);
+    return ToUtf8(text);
+}
+
+// For the user: Wine writes that to the machine's keys, which are no test's own; so the test ends
+// with their removal.
+TEST(TypeInfo, OfARegisteredLibraryIsFoundUntilItGoes) {
+    const test_support::TestProfile profile;
+    ComPtr<ITypeLib> library, found;
+    WideString path = kProbe;
+    ASSERT_EQ(LoadTypeLib(path.c_str(), library.Put()), S_OK);
+    const std::string id = "{0E2C6E60-53A6-4D9C-9B0F-5A2F1B7C0D11}";
+    const std::string calls = "Interface\\{0E2C6E61-53A6-4D9C-9B0F-5A2F1B7C0D11}";
+    const std::string events = "Interface\\{0E2C6E64-53A6-4D9C-9B0F-5A2F1B7C0D11}";
+    const std::pair<std::string, std::string> kKeys[] = {
+        {"TypeLib\\" + id + "\\2.5", "Cases of \"types\""},
+        {"TypeLib\\" + id + "\\2.5\\0\\win64", ToUtf8(path)},
+        {"TypeLib\\" + id + "\\2.5\\FLAGS", "8"},
+        {"TypeLib\\" + id + "\\2.5\\HELPDIR", TEST_MODULES},
+        {calls, "ICalls"},
+        {calls + "\\ProxyStubClsid32", "{00020424-0000-0000-C000-000000000046}"},
+        {calls + "\\TypeLib", id},
+        {events + "\\ProxyStubClsid32", "{00020420-0000-0000-C000-000000000046}"},
+    };
+    const HMODULE automation = GetModuleHandleW(TEXT("OLEAUT32.DLL"));
+    auto* const registerForUser = ProcedureOf<HRESULT WINAPI(ITypeLib*, LPWSTR, LPWSTR)>(
+        automation, "RegisterTypeLibForUser");
+    auto* const unregisterForUser = ProcedureOf<HRESULT WINAPI(REFGUID, WORD, WORD, LCID, SYSKIND)>(
+        automation, "UnRegisterTypeLibForUser");
+    ASSERT_TRUE(registerForUser && unregisterForUser);
+    EXPECT_EQ(LoadRegTypeLib(kLibrary, 2, 5, 0, found.Put()), TYPE_E_LIBNOTREGISTERED);
+    ASSERT_EQ(registerForUser(library.Get(), path.data(), nullptr), S_OK);
+    for (const auto& [key, value] : kKeys) EXPECT_EQ(ValueOf(key), value) << key;
+    EXPECT_EQ(LoadRegTypeLib(kLibrary, 2, 5, 0x409, found.Put()), S_OK) << "language neutral";
+    EXPECT_EQ(LoadRegTypeLib(kLibrary, 2, 3, 0, found.Put()), S_OK) << "an older one is wanted";
+    EXPECT_EQ(LoadRegTypeLib(kLibrary, 2, 6, 0, found.Put()), TYPE_E_LIBNOTREGISTERED);
+    EXPECT_EQ(LoadRegTypeLib(kLibrary, 1, 0, 0, found.Put()), TYPE_E_LIBNOTREGISTERED);
+    EXPECT_EQ(unregisterForUser(kLibrary, 2, 5, 0, SYS_WIN64), S_OK);
+    for (const auto& row : kKeys) EXPECT_EQ(ValueOf(row.first), "-") << row.first;
+    EXPECT_EQ(ValueOf("TypeLib\\" + id), "-");
+    EXPECT_EQ(unregisterForUser(kLibrary, 2, 5, 0, SYS_WIN64), E_INVALIDARG);
+}
+
+TEST(TypeInfo, OfWhatIsNoLibraryIsRefused) {
+    const test_support::TestProfile profile;
+    ComPtr<ITypeLib> library;
+    const WideString copy = profile.Path(TEXT("cut.tlb"));
+    EXPECT_EQ(LoadTypeLib(copy.c_str(), library.Put()), TYPE_E_CANTLOADLIBRARY);
+    EXPECT_EQ(LoadTypeLib((kProbe + TEXT("\\1")).c_str(), library.Put()), S_OK);
+    EXPECT_EQ(LoadTypeLib((kProbe + TEXT("\\9")).c_str(), library.Put()), TYPE_E_CANTLOADLIBRARY);
+    EXPECT_EQ(library.Get(), nullptr);
+    EXPECT_EQ(LoadTypeLib(nullptr, library.Put()), E_INVALIDARG);
+    // Wine's reader takes the sizes in a library for true.
+    if (!testing::kOwnsTheSystem) return;
+    const ModuleHandle module(LoadLibraryExW(kProbe.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE));
+    const auto bytes = ResourceBytes(module.Get(), MAKEINTRESOURCEW(1), TEXT("TYPELIB"));
+    const std::string whole(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    ASSERT_GT(whole.size(), 1000u);
+    for (std::size_t size = 4; size < whole.size(); ++size) {
+        ASSERT_TRUE(test_support::WriteWholeFile(copy, whole.substr(0, size)));
+        EXPECT_EQ(LoadTypeLib(copy.c_str(), library.Put()), TYPE_E_INVDATAREAD) << size;
+    }
+    for (std::size_t at = 4; at < whole.size(); at += 3) {
+        std::string damaged = whole;
+        damaged[at] = static_cast<char>(~damaged[at]);
+        ASSERT_TRUE(test_support::WriteWholeFile(copy, damaged));
+        if (FAILED(LoadTypeLib(copy.c_str(), library.Put()))) continue;
+        for (UINT i = 0; i < library->GetTypeInfoCount(); ++i) {
+            ComPtr<ITypeInfo> info;
+            EXPECT_EQ(library->GetTypeInfo(i, info.Put()), S_OK) << "at " << at;
+        }
+    }
+}
+
+TEST(TypeInfo, OfTheBrowsersEventsIsThereFromTheStart) {
+    ComPtr<ITypeLib> library;
+    ComPtr<ITypeInfo> events;
+    ASSERT_EQ(LoadRegTypeLib(kBrowserLibrary, 1, 1, 0, library.Put()), S_OK);
+    ASSERT_EQ(library->GetTypeInfoOfGuid(kBrowserEvents, events.Put()), S_OK);
+    const std::pair<MEMBERID, const char*> kEvents[] = {
+        {250, "BeforeNavigate2"},  {252, "NavigateComplete2"}, {253, "OnQuit"},
+        {259, "DocumentComplete"}, {271, "NavigateError"},     {283, "WindowStateChanged"}};
+    for (const auto& [id, name] : kEvents) {
+        UniqueBstr found;
+        EXPECT_EQ(events->GetDocumentation(id, found.Put(), nullptr, nullptr, nullptr), S_OK);
+        EXPECT_EQ(Text(found), name);
+    }
+    EXPECT_EQ(library->GetTypeInfoOfGuid(kLibrary, events.Put()), TYPE_E_ELEMENTNOTFOUND);
 }
 
 }  // namespace

@@ -10,6 +10,12 @@ namespace {
 constexpr WORD kAbsent = 0xFFFF;
 constexpr int kMaxLevels = 8;
 
+/// Whether a value of this kind is all in its bits.
+bool IsNumber(VARTYPE kind) {
+    return (kind >= VT_I2 && kind <= VT_DATE) || kind == VT_ERROR || kind == VT_BOOL ||
+           (kind >= VT_I1 && kind <= VT_UINT);
+}
+
 /// Takes values off the front of the bytes. After a failure every further value is 0.
 class Reader {
 public:
@@ -139,6 +145,7 @@ private:
     void ReadValue(VARIANT& value) {
         const auto kind = in_.Take<VARTYPE>();
         if (kind != VT_BSTR) {
+            if (!IsNumber(kind)) return in_.Fail();
             value.room[0] = in_.Take<ULONGLONG>();
             value.vt = kind;
             return;

@@ -60,19 +60,44 @@ bool SplitNumber(const WideString& path, WideString& module, WORD& number) {
     return value != 0;
 }
 
+/// The highest minor version registered that is at least `minor`; false if there is none.
+bool FindVersion(HKEY library, WORD major, WORD minor, WideString& name) {
+    int best = -1;
+    WCHAR text[16];
+    for (DWORD i = 0;; ++i) {
+        DWORD length = std::size(text);
+        const LSTATUS status =
+            RegEnumKeyExW(library, i, text, &length, nullptr, nullptr, nullptr, nullptr);
+        if (status == ERROR_MORE_DATA) continue;
+        if (status != ERROR_SUCCESS) return best >= 0;
+        unsigned found[2];
+        char rest = 0;
+        const std::string version = ToUtf8(WideView(text, length));
+        if (std::sscanf(version.c_str(), "%4x.%4x%c", &found[0], &found[1], &rest) != 2) continue;
+        const int candidate = static_cast<int>(found[1]);
+        if (found[0] != major || candidate < minor || candidate <= best) continue;
+        best = candidate;
+        name = FromUtf8(version);
+    }
+}
+
 HRESULT LoadRegistered(REFGUID id, WORD major, WORD minor, LCID language, ITypeLib** library) {
     // The language itself, its primary language, any.
     const LCID languages[] = {language, language & 0x3FF, 0};
     for (const Owner owner : {Owner::User, Owner::Machine}) {
-        RegistryKey classes;
+        RegistryKey classes, key;
+        WideString version;
+        const WideString libraryKey = TEXT("TypeLib\\") + IdText(id);
         if (OpenClasses(owner, KEY_READ, classes) != ERROR_SUCCESS) continue;
-        const WideString version =
-            TEXT("TypeLib\\") + IdText(id) + TEXT("\\") + VersionText(major, minor) + TEXT("\\");
+        if (RegOpenKeyExW(classes.Get(), libraryKey.c_str(), 0, KEY_READ, key.Put()) !=
+            ERROR_SUCCESS) {
+            continue;
+        }
+        if (!FindVersion(key.Get(), major, minor, version)) continue;
         for (const LCID each : languages) {
             WideString path;
-            if (ReadText(classes.Get(), version + LanguageText(each) + TEXT("\\win64"), path)) {
-                return LoadTypeLib(path.c_str(), library);
-            }
+            const WideString place = version + TEXT("\\") + LanguageText(each) + TEXT("\\win64");
+            if (ReadText(key.Get(), place, path)) return LoadTypeLib(path.c_str(), library);
         }
     }
     return TYPE_E_LIBNOTREGISTERED;
