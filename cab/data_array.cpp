@@ -1,0 +1,198 @@
+#include "cab/data_array.h"
+
+#include "cab/create_item.h"
+#include "cab/data_dictionary.h"
+#include "cab/store.h"
+
+namespace AUX::CAB {
+
+namespace {
+
+constexpr std::uint32_t kLostChild = ItemDirty | ItemChildrenRemoved;
+
+void DeleteAll(Array<DataItem*>& list) noexcept {
+    for (DataItem* const item : list) delete item;
+    list.Free();
+}
+
+}  // namespace
+
+bool IsBelow(DataItem& top, DataItem& item) noexcept {
+    DataContainer* const container = top.AsContainer();
+    if (!container) return false;
+    for (std::uint32_t i = 0; i < container->GetCount(); ++i) {
+        DataItem* const child = container->ItemAt(i);
+        if (child && (child == &item || IsBelow(*child, item))) return true;
+    }
+    return false;
+}
+
+DataArray::~DataArray() { DeleteAll(children); }
+
+bool DataArray::Equals(DataItem* other, std::uint32_t equalFlags) noexcept {
+    DataItem* const real = other ? other->Cast(Kind::Array) : nullptr;
+    if (!real) return false;
+    DataArray& array = *real->AsArray();
+    if (array.GetCount() != GetCount()) return false;
+    for (std::uint32_t i = 0; i < GetCount(); ++i) {
+        if (!ItemAt(i)->Equals(array.ItemAt(i), equalFlags)) return false;
+    }
+    return true;
+}
+
+void DataArray::SetStamp(std::uint64_t newStamp) noexcept {
+    stamp = newStamp;
+    flags &= ~ItemDirty;
+}
+
+bool DataArray::SetRoot(DataRoot* newRoot, bool recursive) noexcept {
+    root = newRoot;
+    source = nullptr;  // An array begins empty.
+    if (!recursive) return true;
+    bool isWell = true;
+    for (DataItem* const child : children) isWell &= child->SetRoot(newRoot, true);
+    return isWell;
+}
+
+bool DataArray::Preload() noexcept {
+    source = nullptr;
+    bool isWell = true;
+    for (DataItem* const child : children) isWell &= child->Preload();
+    return isWell;
+}
+
+bool DataArray::WriteTo(DataWriter& sink, bool skipDefaults) noexcept {
+    if (!sink.PutContainer(Kind::Array)) return false;
+    for (DataItem* const child : children) {
+        // Elements at their default are written too: the others would change their index.
+        if (child->GetFlags() & ItemTransient) continue;
+        DataWriter* const place = sink.Add({}, child->GetStoredType());
+        if (!place || !child->WriteTo(*place, skipDefaults)) return false;
+    }
+    return true;
+}
+
+bool DataArray::IsDefault() noexcept {
+    for (DataItem* const child : children) {
+        if (!child->IsDefault()) return false;
+    }
+    return true;
+}
+
+void DataArray::SetTransientAll(bool isTransient) noexcept {
+    for (DataItem* const child : children) {
+        child->SetFlags(isTransient ? ItemTransient : 0, ItemTransient);
+    }
+}
+
+void DataArray::OnSpecChanged() noexcept {
+    const ItemSpec* const own = GetSpec();
+    elementSpec = own ? own->entries : nullptr;
+}
+
+std::unique_ptr<DataItem> DataArray::MakeElement(Kind kind) noexcept {
+    return CreateItem(root, this, elementSpec, nullptr, kind);
+}
+
+bool DataArray::CopyInto(Array<DataItem*>& list, DataArray& from, bool withFlags) noexcept {
+    if (!list.EnsureCapacity(from.GetCount())) return false;
+    for (DataItem* const child : from.children) {
+        if (child->GetFlags() & ItemNoCopy) continue;
+        std::unique_ptr<DataItem> copy = MakeElement(child->GetType());
+        if (!copy) return false;
+        if (!copy->AssignUnrelated(*child, withFlags)) continue;
+        (void)list.Add(copy.release());  // There is room.
+    }
+    return true;
+}
+
+void DataArray::Take(Array<DataItem*>& list) noexcept {
+    if (list.Count() < children.Count()) flags |= ItemChildrenRemoved;
+    std::swap(children, list);
+    DeleteAll(list);
+    MarkSet();
+}
+
+bool DataArray::AssignValue(DataItem& from, bool withFlags) noexcept {
+    DataItem* const real = from.Cast(Kind::Array);
+    if (!real) return false;
+    Array<DataItem*> list;
+    // All is copied before the first old child goes: an array that runs out of memory is as it was.
+    if (!CopyInto(list, *real->AsArray(), withFlags)) {
+        DeleteAll(list);
+        return false;
+    }
+    Take(list);
+    if (withFlags) stamp = real->GetStamp();
+    return true;
+}
+
+bool DataArray::ApplySpec() noexcept {
+    if (children.IsEmpty() || !elementSpec) return true;
+    return AssignValue(*this, false);
+}
+
+bool DataArray::ResetValue() noexcept {
+    if (children.IsEmpty()) return false;
+    DeleteAll(children);
+    flags |= ItemChildrenRemoved;
+    return true;
+}
+
+DataItem* DataArray::ItemAt(std::uint32_t index) noexcept {
+    return index < children.Count() ? children[index] : nullptr;
+}
+
+void DataArray::Clear() noexcept {
+    if (children.IsEmpty()) return;
+    DeleteAll(children);
+    MarkSet(0);
+}
+
+bool DataArray::RemoveAt(std::int64_t index) noexcept { return RemoveRange(index, 1); }
+
+bool DataArray::RemoveRange(std::int64_t first, std::uint32_t count) noexcept {
+    if (first == -1) first = std::int64_t{children.Count()} - 1;
+    if (first < 0 || first > children.Count() || count > children.Count() - first) return false;
+    if (count == 0) return true;
+    const auto start = static_cast<std::uint32_t>(first);
+    for (std::uint32_t i = start; i < start + count; ++i) delete children[i];
+    for (std::uint32_t i = start; i + count < children.Count(); ++i) {
+        children[i] = children[i + count];
+    }
+    for (std::uint32_t i = 0; i < count; ++i) children.RemoveAt(children.Count() - 1);
+    MarkSet(ItemValueSet | kLostChild);
+    return true;
+}
+
+void DataArray::DropLast() noexcept {
+    delete children[children.Count() - 1];
+    children.RemoveAt(children.Count() - 1);
+}
+
+DataItem* DataArray::InsertAt(std::int64_t index, Kind kind) noexcept {
+    if (elementSpec && kind != Kind::None && kind != elementSpec->kind) return nullptr;
+    if (!elementSpec && kind == Kind::None) return nullptr;
+    if (index < 0 || index > children.Count()) index = children.Count();
+    std::unique_ptr<DataItem> element = MakeElement(kind);
+    if (!element || !children.InsertAt(static_cast<std::uint32_t>(index), element.get())) {
+        return nullptr;
+    }
+    MarkSet();
+    return element.release();
+}
+
+DataItem* DataArray::ElementAt(std::uint32_t index, Kind kind) noexcept {
+    DataItem* const present = ItemAt(index);
+    if (!present) return InsertAt(-1, kind);
+    if (kind == Kind::None || present->IsType(kind)) return present;
+    if (elementSpec && kind != elementSpec->kind) return nullptr;
+    std::unique_ptr<DataItem> element = MakeElement(kind);
+    if (!element) return nullptr;
+    delete present;
+    children[index] = element.release();
+    MarkSet(ItemValueSet | kLostChild);
+    return children[index];
+}
+
+}  // namespace AUX::CAB

@@ -1,0 +1,76 @@
+#include "cab/data_stream.h"
+
+#include "cab/store.h"
+#include "foundation/dyn_mem_stream.h"
+
+namespace AUX::CAB {
+
+namespace {
+
+constexpr std::int64_t kGrowByHalf = -2;
+
+// A stream in memory with the bytes of `source`, if there is one.
+std::unique_ptr<Stream> MakeStream(Stream* source) noexcept {
+    std::unique_ptr<DynMemStream> made(new (std::nothrow) DynMemStream);
+    if (!made || IsFailure(made->Open(0, kGrowByHalf))) return nullptr;
+    const std::int64_t size = source ? source->GetSize() : 0;
+    if (size > 0) {
+        std::int64_t count = 0;
+        const Status status = made->CopyFrom(*source, SeekMode::Start, 0, size, count);
+        if (IsFailure(status) || count != size) return nullptr;
+        made->Rewind();
+    }
+    return made;
+}
+
+}  // namespace
+
+Stream* DataStream::GetStream() noexcept {
+    if (!value) value = MakeStream(nullptr);
+    return value.get();
+}
+
+bool DataStream::Equals(DataItem* other, std::uint32_t equalFlags) noexcept {
+    DataItem* const real = other ? other->Cast(Kind::Stream) : nullptr;
+    if (!real) return false;
+    if (equalFlags & kEqualAnyStream || real == this) return true;
+    Stream* const mine = GetStream();
+    Stream* const its = real->GetStream();
+    return mine && its && CompareStreams(*mine, *its) == 1;
+}
+
+bool DataStream::SetStream(Stream* newStream, bool attach) noexcept {
+    if (!newStream || !newStream->IsOpen()) return false;
+    if (newStream == value.get()) return true;
+    if (attach) {
+        value.reset(newStream);
+    } else {
+        std::unique_ptr<Stream> copy = MakeStream(newStream);
+        if (!copy) return false;
+        value = std::move(copy);
+    }
+    MarkSet();
+    return true;
+}
+
+bool DataStream::WriteTo(DataWriter& sink, bool) noexcept {
+    Stream* const own = GetStream();
+    return own && sink.PutStream(*own);
+}
+
+bool DataStream::IsDefault() noexcept { return GetSpec() && (!value || value->GetSize() == 0); }
+
+bool DataStream::AssignValue(DataItem& source, bool) noexcept {
+    DataItem* const real = source.Cast(Kind::Stream);
+    Stream* const from = real ? real->GetStream() : nullptr;
+    return from && SetStream(from, false);
+}
+
+bool DataStream::ResetValue() noexcept {
+    if (!value || value->GetSize() == 0) return false;
+    // A stream that cannot be cut, such as one for reading only, is given up instead.
+    if (IsFailure(value->SetSize(0))) value.reset();
+    return true;
+}
+
+}  // namespace AUX::CAB

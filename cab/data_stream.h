@@ -1,0 +1,28 @@
+#pragma once
+
+#include "cab/data_item.h"
+
+namespace AUX::CAB {
+
+/// Bytes. Owns its stream, which is made in memory at the first use.
+class DataStream final : public DataItem {
+public:
+    /// \param equalFlags  kEqualAnyStream. The streams' positions move.
+    [[nodiscard]] bool Equals(DataItem* other, std::uint32_t equalFlags) noexcept override;
+    /// What is written through it raises no change count and sets no flags. Null when memory runs
+    /// out.
+    [[nodiscard]] Stream* GetStream() noexcept override;
+    /// With `attach` the stream comes from `new` and becomes the item's, when it succeeds.
+    [[nodiscard]] bool SetStream(Stream* newStream, bool attach) noexcept override;
+    [[nodiscard]] Kind GetType() noexcept override { return Kind::Stream; }
+    [[nodiscard]] bool WriteTo(DataWriter& sink, bool skipDefaults) noexcept override;
+    /// Streams have no default other than no bytes.
+    [[nodiscard]] bool IsDefault() noexcept override;
+    [[nodiscard]] bool AssignValue(DataItem& source, bool withFlags) noexcept override;
+    bool ResetValue() noexcept override;
+
+private:
+    std::unique_ptr<Stream> value;
+};
+
+}  // namespace AUX::CAB

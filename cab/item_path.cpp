@@ -1,0 +1,153 @@
+#include "cab/item_path.h"
+
+#include "cab/data_array.h"
+#include "cab/data_dictionary.h"
+
+namespace AUX::CAB {
+
+namespace {
+
+struct PathPart {
+    bool isIndex = false;
+    WStringView name;
+    std::uint32_t index = 0;
+};
+
+enum class Step : std::uint8_t { Part, End, Invalid };
+
+class PathReader {
+public:
+    explicit PathReader(WStringView path) noexcept : path_(path) {}
+
+    Step Next(PathPart& part) noexcept {
+        if (at_ < path_.size() && path_[at_] == '[' && !isNameDue_) return ReadIndex(part);
+        if (at_ == path_.size() && !isNameDue_) return Step::End;
+        const std::size_t start = at_;
+        while (at_ < path_.size() && path_[at_] != '.' && path_[at_] != '[') {
+            if (path_[at_++] == ']') return Step::Invalid;
+        }
+        part = {false, path_.substr(start, at_ - start), 0};
+        isNameDue_ = at_ < path_.size() && path_[at_] == '.';
+        if (isNameDue_) ++at_;
+        return Step::Part;
+    }
+
+    // An index may come first, without a name before it.
+    void Start() noexcept { isNameDue_ = path_.empty() || path_[0] != '['; }
+
+private:
+    Step ReadIndex(PathPart& part) noexcept {
+        std::uint64_t index = 0;
+        for (++at_; at_ < path_.size() && path_[at_] != ']'; ++at_) {
+            if (path_[at_] < '0' || path_[at_] > '9') return Step::Invalid;
+            index = index * 10 + static_cast<std::uint64_t>(path_[at_] - '0');
+            if (index > 0x7FFFFFFF) return Step::Invalid;
+        }
+        if (at_ == path_.size()) return Step::Invalid;
+        ++at_;
+        part = {true, {}, static_cast<std::uint32_t>(index)};
+        if (at_ < path_.size() && path_[at_] == '.') {
+            ++at_;
+            isNameDue_ = true;
+        } else {
+            isNameDue_ = at_ < path_.size() && path_[at_] != '[';
+        }
+        return Step::Part;
+    }
+
+    WStringView path_;
+    std::size_t at_ = 0;
+    bool isNameDue_ = true;
+};
+
+bool IsValid(WStringView path) noexcept {
+    if (path.empty()) return false;
+    PathReader reader(path);
+    reader.Start();
+    PathPart part;
+    std::uint32_t count = 0;
+    for (;;) {
+        const Step step = reader.Next(part);
+        if (step != Step::Part) return step == Step::End;
+        if (++count > kMaxPathParts) return false;
+    }
+}
+
+DataItem* FindPart(DataItem& item, const PathPart& part) noexcept {
+    if (part.isIndex) {
+        DataContainer* const container = item.AsContainer();
+        return container ? container->ItemAt(part.index) : nullptr;
+    }
+    DataDictionary* const dictionary = item.AsDictionary();
+    return dictionary ? dictionary->Find(part.name) : nullptr;
+}
+
+DataItem* AddPart(DataItem& item, const PathPart& part, Kind kind) noexcept {
+    if (part.isIndex) {
+        DataArray* const array = item.AsArray();
+        return array ? array->InsertAt(-1, kind) : nullptr;
+    }
+    DataDictionary* const dictionary = item.AsDictionary();
+    if (!dictionary) return nullptr;
+    return dictionary->GetOrAdd(part.name.data() ? part.name.data() : TEXT(""),
+                                static_cast<std::int64_t>(part.name.size()), kind);
+}
+
+// Takes back what AddPart added first, with all that was made below it.
+void DropPart(DataItem& item, const PathPart& part, std::uint32_t oldFlags) noexcept {
+    if (part.isIndex) {
+        item.AsArray()->DropLast();
+    } else {
+        item.AsDictionary()->Drop(part.name);
+    }
+    item.SetFlags(oldFlags, ~0u);
+}
+
+}  // namespace
+
+DataItem* FindPath(DataItem& item, WStringView path) noexcept {
+    if (!IsValid(path)) return nullptr;
+    DataItem* found = item.Target(Kind::None);
+    PathReader reader(path);
+    reader.Start();
+    for (PathPart part; found && reader.Next(part) == Step::Part;) found = FindPart(*found, part);
+    return found;
+}
+
+DataItem* MakePath(DataItem& item, WStringView path, Kind kind, KindMatch match) noexcept {
+    if (!IsValid(path)) return nullptr;
+    PathReader reader(path);
+    reader.Start();
+    DataItem* at = item.Target(Kind::None);
+    DataItem* grown = nullptr;  // Where the first part was added, and how it was before.
+    PathPart grownPart;
+    std::uint32_t grownFlags = 0;
+    PathPart part;
+    PathPart following;
+    for (Step step = reader.Next(part); at && step == Step::Part; part = following) {
+        step = reader.Next(following);
+        const bool isLast = step == Step::End;
+        const Kind wanted = isLast ? kind : following.isIndex ? Kind::Array : Kind::Dictionary;
+        DataItem* next = FindPart(*at, part);
+        if (next) {
+            // An index finds its way through a dictionary too.
+            const bool fits =
+                isLast ? match == KindMatch::AnyPresent || next->Cast(wanted)
+                       : next->AsContainer() && (following.isIndex || next->AsDictionary());
+            if (!fits) next = nullptr;
+        } else if (wanted != Kind::None || at->AsArray()) {
+            const std::uint32_t oldFlags = at->GetFlags();
+            next = AddPart(*at, part, wanted);
+            if (next && !grown) {
+                grown = at;
+                grownPart = part;
+                grownFlags = oldFlags;
+            }
+        }
+        at = next;
+    }
+    if (!at && grown) DropPart(*grown, grownPart, grownFlags);
+    return at;
+}
+
+}  // namespace AUX::CAB

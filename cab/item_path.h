@@ -1,0 +1,31 @@
+#pragma once
+
+#include "cab/data_item.h"
+
+/// Places in a tree, by a text of names and indices such as `options.pages[3].title`.
+///
+/// A '.' ends a name; '[' ends a name and opens an index, which ']' closes. An index has decimal
+/// digits only, none are 0, and the largest is 2147483647. A '.' directly behind ']' adds no empty
+/// name, and neither does a '[' at the start; any other empty name is a name of length 0. Empty
+/// paths, an unclosed '[', a ']' without '[', and more than kMaxPathParts parts are invalid.
+namespace AUX::CAB {
+
+inline constexpr std::uint32_t kMaxPathParts = 1000;
+
+/// Walks down. An index on a dictionary counts in the order of keys.
+/// \return null if nothing is there, or the path is invalid.
+[[nodiscard]] DataItem* FindPath(DataItem& item, WStringView path) noexcept;
+
+enum class KindMatch : std::uint8_t {
+    AnyPresent,  ///< An item that is there already may be of any kind.
+    Strict,
+};
+
+/// Walks down and makes what is missing: dictionaries where a name follows, arrays where an index
+/// does, and at the end an item of `kind`. An index past the end of an array adds one element.
+/// \return null if that cannot be; what was made is then gone again, though the change count has
+///         risen if something had been.
+[[nodiscard]] DataItem* MakePath(DataItem& item, WStringView path, Kind kind,
+                                 KindMatch match = KindMatch::AnyPresent) noexcept;
+
+}  // namespace AUX::CAB
