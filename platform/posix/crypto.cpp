@@ -236,12 +236,15 @@ NTSTATUS BCryptHashData(BCRYPT_HASH_HANDLE hash, PUCHAR input, ULONG bytes, ULON
 }
 
 NTSTATUS BCryptFinishHash(BCRYPT_HASH_HANDLE hash, PUCHAR output, ULONG bytes, ULONG) noexcept {
-    // Nothing may have been given: the digest of an empty text.
-    if (const NTSTATUS status = BCryptHashData(hash, nullptr, 0, 0)) return status;
+    if (!hash) return STATUS_INVALID_HANDLE;
     NTSTATUS injected = 0;
     if (!output || bytes != platform::kBlock) return STATUS_INVALID_PARAMETER;
     if (IsInjected("BCryptFinishHash", injected)) return injected;
     auto& digest = *static_cast<Digest*>(hash);
+    // Nothing may have been given: the digest of an empty text.
+    if (!digest.hasBegun) {
+        if (const NTSTATUS status = BCryptHashData(hash, nullptr, 0, 0)) return status;
+    }
     digest.hasBegun = false;
     digest.isFinished = !digest.isReusable;
     unsigned written = 0;
