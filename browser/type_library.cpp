@@ -1,8 +1,10 @@
 #include "browser/type_library.h"
 
 #include "browser/registry_tree.h"
+#include "browser/server_state.h"
 #include "driver/module_folder.h"
 #include "platform/modules.h"
+#include "platform/registry.h"
 
 namespace {
 
@@ -34,6 +36,15 @@ Function* ForUser(ScriptScope scope, const char* name) noexcept {
     return platform::ProcedureOf<Function>(GetModuleHandleW(kAutomation), name);
 }
 
+// Of the calls that remove one, some systems' say that access was refused when there is none.
+bool IsRegistered(REFGUID id) noexcept {
+    WCHAR path[48] = TEXT("TypeLib\\");
+    constexpr int kNameAt = 8;
+    platform::RegistryKey key;
+    return StringFromGUID2(id, path + kNameAt, 48 - kNameAt) != 0 &&
+           RegOpenKeyExW(HKEY_CLASSES_ROOT, path, 0, KEY_READ, key.Put()) == ERROR_SUCCESS;
+}
+
 }  // namespace
 
 HRESULT LoadAddinTypeLibrary(platform::ComPtr<ITypeLib>& library) noexcept {
@@ -54,6 +65,7 @@ HRESULT UnregisterAddinTypeLibrary(ScriptScope scope) noexcept {
     platform::ComPtr<ITypeLib> library;
     HRESULT result = LoadAddinTypeLibrary(library);
     if (FAILED(result)) return result;
+    if (!IsRegistered(kTypeLibraryId)) return S_OK;
     TLIBATTR* attributes = nullptr;
     result = library->GetLibAttr(&attributes);
     if (FAILED(result)) return result;

@@ -129,7 +129,18 @@ HRESULT Unregister(Owner owner, REFGUID id, WORD major, WORD minor, LCID languag
     const WideString versionKey = libraryKey + TEXT("\\") + VersionText(major, minor);
     const WideString languageKey = versionKey + TEXT("\\") + LanguageText(language);
     WideString path;
-    if (!ReadText(classes.Get(), languageKey + TEXT("\\win64"), path)) return E_INVALIDARG;
+    if (!ReadText(classes.Get(), languageKey + TEXT("\\win64"), path)) {
+        // What a registration left that failed is removed as far as it goes.
+        RegistryKey part;
+        if (RegOpenKeyExW(classes.Get(), libraryKey.c_str(), 0, KEY_READ, part.Put()) !=
+            ERROR_SUCCESS) {
+            return E_INVALIDARG;
+        }
+        part.Reset();
+        (void)RegDeleteTreeW(classes.Get(), versionKey.c_str());
+        DeleteIfEmpty(classes.Get(), libraryKey);
+        return S_OK;
+    }
     // Without the library nobody knows its interfaces; their keys stay then, and nothing else.
     ComPtr<ITypeLib> library;
     if (SUCCEEDED(LoadTypeLib(path.c_str(), library.Put()))) {
