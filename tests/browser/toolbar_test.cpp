@@ -9,6 +9,7 @@
 #include "platform/modules.h"
 #include "platform/testing.h"
 #include "platform/testing_gui.h"
+#include "tests/support/fault_walk.h"
 #include "tests/support/test_profile.h"
 
 namespace {
@@ -349,6 +350,22 @@ TEST_F(ToolbarTest, FollowsItsBandAndEndsWithIt) {
     BandWindow lost;
     EXPECT_TRUE(lost.Create(nullptr, browser_.Get())) << "without a parent there is no window";
     EXPECT_EQ(lost.Window, nullptr);
+}
+
+TEST_F(ToolbarTest, AFailureOnTheWayLeavesNothing) {
+    const auto before = CountGuiObjects();
+    const MenuChoice givenUp(0);  // A real menu would wait for its user.
+    const std::uint64_t failures = test_support::WalkFaults([&](auto) {
+        BandWindow band;
+        EXPECT_TRUE(band.Create(frame_, browser_.Get()));
+        MoveWindow(band.Window, 0, 0, 100, 40, TRUE);
+        UpdateWindow(band.Toolbar.Window);
+        SendMessageW(band.Toolbar.Window, WM_LBUTTONDOWN, 1, MAKELPARAM(36, 5));
+        RunMessages();
+    });
+    EXPECT_GE(failures, platform::testing::kOwnsTheSystem ? 8u : 0u);
+    EXPECT_EQ(CountGuiObjects().windows, before.windows);
+    EXPECT_EQ(CountGuiObjects().drawing, before.drawing);
 }
 
 TEST_F(ToolbarTest, AThousandBandsLeaveNothing) {

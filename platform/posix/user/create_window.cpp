@@ -173,6 +173,7 @@ BOOL DestroyWindow(HWND handle) noexcept {
     {
         const Lock lock(UserLock());
         const Window* window = FindWindow(handle);
+        if (!window) return TRUE;  // It went with its parent meanwhile.
         owned = HandlesOf(TopLevels(), [&](const Window& other) {
             return other.owner == window && other.thread == &ThisThread();
         });

@@ -58,8 +58,10 @@ using namespace platform::user;
 BOOL InvalidateRect(HWND handle, const RECT* area, BOOL erase) noexcept {
     const Lock lock(UserLock());
     Window* window = FindWindow(handle);
-    if (window) Invalidate(*window, area, erase);
-    return window != nullptr;
+    if (!window) return FALSE;
+    const RECT whole = ClientArea(*window);
+    Invalidate(*window, area ? area : &whole, erase);
+    return TRUE;
 }
 
 BOOL ValidateRect(HWND handle, const RECT* area) noexcept {

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <chrono>
+#include <optional>
 
 #include "platform/posix/last_error.h"
 #include "platform/posix/user/queue.h"
@@ -72,16 +73,20 @@ bool Take(Thread& self, const Filter& filter, UINT flags, MSG& message) {
            TakePaint(self, filter, message) || TakeTimer(self, filter, flags, message);
 }
 
-void WaitForWork(Thread& self, Lock& lock) {
+/// Waits until something comes, or a timer that is wanted is due.
+void WaitForWork(Thread& self, const Filter& filter, Lock& lock) {
     const auto isWoken = [&] { return self.isWoken; };
-    if (self.timers.empty()) {
+    std::optional<ULONGLONG> due;
+    for (const Timer& timer : self.timers) {
+        if (!filter.TakesKind(WM_TIMER) || !filter.TakesWindow(timer.window)) continue;
+        due = std::min(due.value_or(timer.due), timer.due);
+    }
+    if (!due) {
         self.wake.wait(lock, isWoken);
         return;
     }
-    ULONGLONG due = self.timers.front().due;
-    for (const Timer& timer : self.timers) due = std::min(due, timer.due);
     const ULONGLONG now = MonotonicMs();
-    const ULONGLONG left = due > now ? due - now : 0;
+    const ULONGLONG left = *due > now ? *due - now : 0;
     self.wake.wait_for(lock, std::chrono::milliseconds(left), isWoken);
 }
 
@@ -132,7 +137,7 @@ BOOL GetMessageW(MSG* message, HWND window, UINT first, UINT last) noexcept {
         Filter filter;
         if (!MakeFilter(window, first, last, filter)) return -1;
         if (Take(self, filter, PM_REMOVE, *message)) return message->message != WM_QUIT;
-        WaitForWork(self, lock);
+        WaitForWork(self, filter, lock);
     }
 }
 

@@ -126,8 +126,8 @@ POINT ClientOriginOf(const Window& window) noexcept;
 /// Asks the window by WM_NCCALCSIZE where in itself its client area lies.
 void CalculateClient(HWND window) noexcept;
 
-/// Adds an area of the client area, or all of it (null), to what has to be painted; of a window
-/// that does not clip its children, theirs as well.
+/// Adds an area of the client area to what has to be painted; of a window that does not clip its
+/// children, theirs as well. Null is all of it, with the children in any case.
 void Invalidate(Window& window, const RECT* area, bool erase) noexcept;
 /// The first visible window of a thread that has to be painted; null if none.
 Window* FindInvalid(const Thread& thread, const Window* inside) noexcept;
