@@ -1,6 +1,7 @@
 #include "browser/band_window.h"
 
 #include "browser/band_background.h"
+#include "browser/browser_helper_object.h"
 #include "browser/reflection.h"
 #include "browser/toolbar_state.h"
 #include "browser/window_classes.h"
@@ -26,6 +27,7 @@ constexpr LRESULT kNothingDone = 1;
 BandWindow::BandWindow() noexcept : Settings(kSettingsKey) {}
 
 BandWindow::~BandWindow() {
+    Owner = nullptr;  // It is ending, and takes no references any more.
     if (ownsWindow_) DestroyWindow(Window);
 }
 
@@ -74,7 +76,8 @@ LRESULT CALLBACK BandWindow::Procedure(HWND window, UINT message, WPARAM wParam,
 }
 
 LRESULT BandWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-    // A command may end this object.
+    // A command lets messages through, one of which may give up the last reference.
+    const platform::ComPtr<QVDIEaddinBHO> alive(Owner);
     const HWND window = Window;
     LRESULT result = 0;
     switch (message) {

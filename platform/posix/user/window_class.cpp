@@ -85,9 +85,10 @@ ATOM RegisterClassExW(const WNDCLASSEXW* info) noexcept {
         SetLastError(ERROR_INVALID_PARAMETER);
         return 0;
     }
-    const Lock lock(UserLock());
+    // The lock of the modules comes first: their ends take classes back.
     WNDCLASSEXW added = *info;
     added.hInstance = OrProgram(info->hInstance);
+    const Lock lock(UserLock());
     if (FindOwn(added.hInstance, added.lpszClassName)) {
         SetLastError(ERROR_CLASS_ALREADY_EXISTS);
         return 0;
@@ -96,8 +97,9 @@ ATOM RegisterClassExW(const WNDCLASSEXW* info) noexcept {
 }
 
 BOOL UnregisterClassW(LPCWSTR name, HINSTANCE instance) noexcept {
+    const HINSTANCE owner = OrProgram(instance);
     const Lock lock(UserLock());
-    WindowClass* found = name ? FindOwn(OrProgram(instance), name) : nullptr;
+    WindowClass* found = name ? FindOwn(owner, name) : nullptr;
     if (!found) return platform::Fail(ERROR_CLASS_DOES_NOT_EXIST);
     if (found->windows > 0) return platform::Fail(ERROR_CLASS_HAS_WINDOWS);
     std::erase_if(Classes(), [&](const auto& known) { return known.get() == found; });
