@@ -88,7 +88,9 @@ public:
 
 private:
     void ReadType(Type& type) {
-        type.kind = static_cast<TYPEKIND>(in_.Take<BYTE>());
+        const auto kind = in_.Take<BYTE>();
+        if (kind > TKIND_UNION) return in_.Fail();
+        type.kind = static_cast<TYPEKIND>(kind);
         type.id = in_.Take<GUID>();
         type.flags = in_.Take<WORD>();
         type.major = in_.Take<WORD>();
@@ -185,7 +187,9 @@ private:
         made.memid = in_.Take<MEMBERID>();
         function.name = in_.Text().text;
         function.help = in_.Text();
-        made.invkind = static_cast<INVOKEKIND>(in_.Take<BYTE>());
+        const auto kind = in_.Take<BYTE>();
+        if (kind > INVOKE_PROPERTYPUTREF) return in_.Fail();
+        made.invkind = static_cast<INVOKEKIND>(kind);
         made.wFuncFlags = in_.Take<WORD>();
         ReadTypeDescription(made.elemdescFunc.tdesc, 0);
         const std::size_t count = in_.Count<BYTE>(6);
