@@ -1,5 +1,7 @@
 #include "cab/data_number.h"
 
+#include <initializer_list>
+
 #include "cab/notice.h"
 #include "cab/store.h"
 

@@ -2,6 +2,7 @@
 
 #include "cab/store.h"
 #include "foundation/dyn_mem_stream.h"
+#include "foundation/temp_mapped_file_stream.h"
 
 namespace AUX::CAB {
 
@@ -9,12 +10,25 @@ namespace {
 
 constexpr std::int64_t kGrowByHalf = -2;
 
-// A stream in memory with the bytes of `source`, if there is one.
-std::unique_ptr<Stream> MakeStream(Stream* source) noexcept {
+std::unique_ptr<Stream> MakeInMemory() noexcept {
     std::unique_ptr<DynMemStream> made(new (std::nothrow) DynMemStream);
     if (!made || IsFailure(made->Open(0, kGrowByHalf))) return nullptr;
+    return made;
+}
+
+// The system deletes the file with its handle, so that it goes when the process is killed too.
+std::unique_ptr<Stream> MakeInFile() noexcept {
+    std::unique_ptr<TempMappedFileStream> made(new (std::nothrow) TempMappedFileStream);
+    if (!made || IsFailure(made->OpenTemp(TEXT("bag"), nullptr, false))) return nullptr;
+    return made;
+}
+
+// A stream with the bytes of `source`, if there is one.
+std::unique_ptr<Stream> MakeStream(Stream* source) noexcept {
     const std::int64_t size = source ? source->GetSize() : 0;
-    if (size > 0) {
+    std::unique_ptr<Stream> made = size > kMaxBytesInMemory ? MakeInFile() : nullptr;
+    if (!made) made = MakeInMemory();
+    if (made && size > 0) {
         std::int64_t count = 0;
         const Status status = made->CopyFrom(*source, SeekMode::Start, 0, size, count);
         if (IsFailure(status) || count != size) return nullptr;

@@ -4,6 +4,9 @@
 
 namespace AUX::CAB {
 
+/// Copies of more bytes lie in a temporary file, of which only a window is mapped at a time.
+inline constexpr std::int64_t kMaxBytesInMemory = 4 << 20;
+
 /// Bytes. Owns its stream, which is made in memory at the first use.
 class DataStream final : public DataItem {
 public:

@@ -4,10 +4,12 @@
 #include <string>
 
 #include "cab/data_object.h"
+#include "cab/data_stream.h"
 #include "cab/object_handlers.h"
 #include "platform/com_object.h"
 #include "platform/text.h"
 #include "tests/cab/bag_support.h"
+#include "tests/support/test_profile.h"
 
 namespace {
 
@@ -167,6 +169,7 @@ TEST(Store, PrefersTheKindThatIsAskedFor) {
 }
 
 TEST(Store, ComparesTextsAndStreamsAsAsked) {
+    const test_support::TestProfile profile;
     const auto a = CreateItem(nullptr, nullptr, nullptr, nullptr, Kind::String);
     const auto b = CreateItem(nullptr, nullptr, nullptr, nullptr, Kind::String);
     ASSERT_TRUE(a->SetText(TEXT("\u00c4b")) && b->SetText(TEXT("\u00e4B")));
@@ -181,6 +184,14 @@ TEST(Store, ComparesTextsAndStreamsAsAsked) {
     EXPECT_TRUE(t->Assign(s.get(), true, false) && t->Equals(s.get(), 0));
     EXPECT_TRUE(t->Reset());
     EXPECT_EQ(t->GetStream()->GetSize(), 0);
+    // Large ones are copied to a file.
+    for (const std::int64_t size : {kMaxBytesInMemory, kMaxBytesInMemory + 1}) {
+        ASSERT_EQ(s->GetStream()->SetSize(size), 0);
+        EXPECT_TRUE(t->Assign(s.get(), true, false) && t->Equals(s.get(), 0));
+        EXPECT_EQ(t->GetStream()->GetStreamType() == AUX::StreamType::MappedFile,
+                  size > kMaxBytesInMemory);
+    }
+    EXPECT_TRUE(t->Reset() && t->GetStream()->GetSize() == 0);
     EXPECT_FALSE(a->Equals(s.get(), ~0u) || a->Equals(nullptr, 0));
 }
 
