@@ -3,9 +3,9 @@
 #include "browser/band_window.h"
 #include "browser/event_sink.h"
 #include "browser/server_state.h"
-#include "browser/typed_dispatch.h"
 #include "platform/band.h"
 #include "platform/html_defaults.h"
+#include "platform/typed_dispatch.h"
 
 /// The class's own interface, for late binding. It adds nothing to IDispatch.
 struct IQVDIEaddinBHO : IDispatch {};
@@ -92,7 +92,7 @@ private:
     platform::ComPtr<IInputObjectSite> InputObjectSite;
 
     EventSink sink_;
-    TypedDispatch dispatch_;
+    platform::TypedDispatch dispatch_;
     ModuleUse use_;
 };
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "browser/typed_dispatch.h"
 #include "platform/band.h"
+#include "platform/typed_dispatch.h"
 
 class QVDIEaddinBHO;
 
@@ -30,5 +30,5 @@ public:
 
 private:
     QVDIEaddinBHO& owner_;
-    TypedDispatch dispatch_;
+    platform::TypedDispatch dispatch_;
 };

@@ -1,4 +1,6 @@
-#include "browser/typed_dispatch.h"
+#include "platform/typed_dispatch.h"
+
+namespace platform {
 
 HRESULT TypedDispatch::Load() noexcept { return info_ ? S_OK : load_(info_.Put()); }
 
@@ -13,7 +15,7 @@ HRESULT TypedDispatch::GetTypeInfo(UINT index, ITypeInfo** info) noexcept {
     *info = nullptr;
     if (index != 0) return DISP_E_BADINDEX;
     const HRESULT result = Load();
-    if (SUCCEEDED(result)) *info = platform::ComPtr<ITypeInfo>(info_).Detach();
+    if (SUCCEEDED(result)) *info = ComPtr<ITypeInfo>(info_).Detach();
     return result;
 }
 
@@ -33,3 +35,5 @@ HRESULT TypedDispatch::Invoke(void* instance, DISPID member, REFIID reserved, WO
     if (FAILED(loaded)) return loaded;
     return info_->Invoke(instance, member, flags, parameters, result, exception, argumentError);
 }
+
+}  // namespace platform

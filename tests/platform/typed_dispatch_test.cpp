@@ -1,10 +1,12 @@
-#include "platform/dual_dispatch.h"
+#include "platform/typed_dispatch.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
+#include "platform/com_object.h"
+#include "platform/modules.h"
 #include "platform/text.h"
 #include "platform/unique_bstr.h"
 #include "platform/unique_variant.h"
@@ -13,9 +15,13 @@
 namespace platform {
 namespace {
 
-HMODULE Probe() noexcept { return GetModuleHandleW(TEXT("probe.dll")); }
-
-DualDispatch dispatch(&InterfaceId<ICalls>, &Probe);
+HRESULT LoadTypes(ITypeInfo** info) noexcept {
+    WCHAR path[MAX_PATH];
+    if (!GetModuleFileNameW(GetModuleHandleW(TEXT("probe.dll")), path, MAX_PATH)) return E_FAIL;
+    ComPtr<ITypeLib> library;
+    const HRESULT result = LoadTypeLib(path, library.Put());
+    return FAILED(result) ? result : library->GetTypeInfoOfGuid(InterfaceId<ICalls>(), info);
+}
 
 /// What a value holds, as text.
 std::string Shown(const VARIANT& value) {
@@ -27,8 +33,25 @@ std::string Shown(const VARIANT& value) {
     return ToUtf8(WideView(text.Get().bstrVal, SysStringLen(text.Get().bstrVal)));
 }
 
-class Calls final : public ComObject<DualInterface<ICalls, dispatch>> {
+class Calls final : public ComObject<ICalls> {
 public:
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) noexcept override {
+        return dispatch_.GetTypeInfoCount(count);
+    }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID, ITypeInfo** info) noexcept override {
+        return dispatch_.GetTypeInfo(index, info);
+    }
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count, LCID,
+                                            DISPID* ids) noexcept override {
+        return dispatch_.GetIDsOfNames(reserved, names, count, ids);
+    }
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID reserved, LCID, WORD flags,
+                                     DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
+                                     UINT* argumentError) noexcept override {
+        return dispatch_.Invoke(static_cast<ICalls*>(this), member, reserved, flags, parameters,
+                                result, exception, argumentError);
+    }
+
     HRESULT STDMETHODCALLTYPE Add(LONG a, LONG b, LONG* sum) override {
         *sum = a - 2 * b;  // So that the order counts.
         return S_OK;
@@ -90,6 +113,7 @@ public:
     }
 
 private:
+    TypedDispatch dispatch_{LoadTypes};
     WideString name_;
     ComPtr<IDispatch> object_;
     LONG item_ = 0;
@@ -108,10 +132,8 @@ VARIANT Of(VARTYPE kind, void* pointer) {
     return value;
 }
 
-class DualDispatchTest : public ::testing::Test {
+class TypedDispatchTest : public ::testing::Test {
 protected:
-    void TearDown() override { dispatch.Forget(); }
-
     /// \param arguments  In their order; the first `names.size()` of them are named.
     HRESULT Call(DISPID member, WORD flags, std::vector<VARIANT> arguments,
                  std::vector<DISPID> names = {}) {
@@ -134,7 +156,7 @@ protected:
     UINT argumentError_ = 99;
 };
 
-TEST_F(DualDispatchTest, CallsWithWhatFitsAndRefusesTheRest) {
+TEST_F(TypedDispatchTest, CallsWithWhatFitsAndRefusesTheRest) {
     const UniqueBstr four(SysAllocString(TEXT("4"))), zz(SysAllocString(TEXT("zz")));
     LONG nine = 9;
     VARIANT inner = Number(3);
@@ -197,7 +219,7 @@ TEST_F(DualDispatchTest, CallsWithWhatFitsAndRefusesTheRest) {
     calls_->Release();
 }
 
-TEST_F(DualDispatchTest, GivesBackWhatAMethodChanged) {
+TEST_F(TypedDispatchTest, GivesBackWhatAMethodChanged) {
     LONG number = 41;
     BSTR words = SysAllocString(TEXT("so"));
     VARIANT any = Of(VT_BSTR, SysAllocString(TEXT("old")));
@@ -214,7 +236,7 @@ TEST_F(DualDispatchTest, GivesBackWhatAMethodChanged) {
     SysFreeString(exception_.bstrSource);
 }
 
-TEST_F(DualDispatchTest, KnowsNamesAndRefusesMisuse) {
+TEST_F(TypedDispatchTest, KnowsNamesAndRefusesMisuse) {
     WideString add = TEXT("ADD"), second = TEXT("b"), unknown = TEXT("Nobody");
     LPOLESTR names[] = {add.data(), second.data(), unknown.data()};
     DISPID ids[3] = {};

@@ -3,6 +3,8 @@
 #include "platform/com_ptr.h"
 #include "platform/typeinfo.h"
 
+namespace platform {
+
 /// Answers the operations of an IDispatch from its type information, which is loaded when it is
 /// first asked for. Belongs to the thread of its object.
 class TypedDispatch {
@@ -25,5 +27,7 @@ private:
     [[nodiscard]] HRESULT Load() noexcept;
 
     Loader load_;
-    platform::ComPtr<ITypeInfo> info_;
+    ComPtr<ITypeInfo> info_;
 };
+
+}  // namespace platform
