@@ -111,7 +111,7 @@ class Reader:
         with open(path, encoding='utf-8') as file:
             self.tokens = [m['token'] for m in TOKEN.finditer(file.read()) if m['token']]
         self.at = 0
-        self.library = None
+        self.described = None
 
     def fail(self, why):
         near = ' '.join(self.tokens[max(self.at - 4, 0):self.at + 4])
@@ -253,14 +253,14 @@ class Reader:
         made = Type(kind, name, attributes.get('uuid'), attributes.get('helpstring'), flags,
                     attributes.get('version', (0, 0)))
         self.known[name] = made
-        if self.library:
+        if self.described:
             self.listed.append(made)
         return made
 
     def interface(self, attributes):
         name = self.take()
         if self.took(';'):
-            if self.library and name in self.known:
+            if self.described and name in self.known:
                 listed = self.known[name]
                 self.listed.append(listed)
                 if listed.base:
@@ -272,7 +272,7 @@ class Reader:
             base = self.known.get(made.base) or self.fail(f'unknown base {made.base}')
             made.depth = base.depth + 1
             made.flags |= base.flags & 0x1000 | (0x1000 if made.base == 'IDispatch' else 0)
-            if self.library:
+            if self.described:
                 made.implements = [(self.reference(made.base), 0)]
         self.take('{')
         while not self.took('}'):
@@ -344,7 +344,7 @@ class Reader:
             self.at += 1
         end, name = self.at, self.take()
         self.take(';')
-        if name in PLAIN or not self.library:
+        if name in PLAIN or not self.described:
             return None
         self.at = start
         described, _ = self.type()
@@ -367,12 +367,12 @@ class Reader:
                 self.take(')')
                 self.take(';')
             elif word == 'library':
-                self.library = Library(self.take(), attributes['uuid'],
+                self.described = Library(self.take(), attributes['uuid'],
                                        attributes.get('helpstring'),
                                        attributes.get('version', (0, 0)),
                                        attributes.get('lcid', 0))
-                self.library.flags |= sum(f for a, f in LIBRARY_FLAGS.items() if a in attributes)
-                self.library.types = self.listed
+                self.described.flags |= sum(f for a, f in LIBRARY_FLAGS.items() if a in attributes)
+                self.described.types = self.listed
                 self.take('{')
                 self.read()
                 self.take('}')
@@ -385,7 +385,7 @@ class Reader:
                 self.typedef()
             else:
                 self.fail(f'unexpected {word}')
-        return self.library
+        return self.described
 
     def find(self, name):
         for folder in [os.path.dirname(self.path), *self.folders]:
