@@ -144,6 +144,8 @@ HRESULT QVDIEaddinBHO::TakeBandRole(IOleWindow& bar) noexcept {
     }
     InputObjectSite = Site.As<IInputObjectSite>();
     if (Browser) {
+        // From a bar that it was in before.
+        if (IsWindow(Window.Window)) DestroyWindow(Window.Window);
         (void)Window.Create(parent, Browser.Get());  // A band without a toolbar says nothing.
         Window.Owner = this;
     }

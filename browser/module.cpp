@@ -7,6 +7,9 @@
 
 namespace {
 
+// Windows tells of the end also when the start has failed.
+constinit bool hasStarted = false;
+
 // In this order; the library's memory has started before. Whatever a later step needs stands by
 // then. What can wait is done at its first use: the system holds its lock on modules meanwhile.
 bool Start(HINSTANCE module) noexcept {
@@ -39,7 +42,10 @@ void End() noexcept {
 /// \return FALSE, so that the module is not loaded, when its own folder cannot be read or one of
 ///         its locks cannot be made.
 extern "C" QVD_EXPORT BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) noexcept {
-    if (reason == DLL_PROCESS_ATTACH) return Start(module) ? TRUE : FALSE;
-    if (reason == DLL_PROCESS_DETACH) End();
+    if (reason == DLL_PROCESS_ATTACH) {
+        hasStarted = Start(module);
+        return hasStarted ? TRUE : FALSE;
+    }
+    if (reason == DLL_PROCESS_DETACH && hasStarted) End();
     return TRUE;
 }

@@ -218,8 +218,13 @@ TEST_F(HelperObjectTest, IsTheToolbarInABarUntilItIsClosed) {
     EXPECT_EQ(helper->CloseDW(0), S_OK);
     EXPECT_EQ(helper->SetSite(nullptr), S_OK);
     EXPECT_FALSE(browser->events->Sink());
-    EXPECT_EQ(helper->SetSite(static_cast<IOleWindow*>(bar.Get())), S_OK) << "once more";
-    EXPECT_EQ(helper->SetSite(nullptr), S_OK);
+    for (int i = 0; i < 2; ++i) {
+        const HWND before = i ? window : nullptr;
+        EXPECT_EQ(helper->SetSite(static_cast<IOleWindow*>(bar.Get())), S_OK) << "once more";
+        EXPECT_EQ(helper->SetSite(nullptr), S_OK);
+        EXPECT_TRUE(!before || !IsWindow(before)) << "a window is left of the last bar";
+        EXPECT_EQ(helper->GetWindow(&window), S_OK);
+    }
 }
 
 TEST_F(HelperObjectTest, DoesWithoutWhatASiteLacks) {
