@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/posix/browser_types.h"
+#include "platform/posix/user/window_types.h"
 
 /// Something that is put into a site, as a band is into its bar.
 struct IObjectWithSite : IUnknown {

@@ -175,6 +175,7 @@ TEST_F(FailureTest, AFullOrReadOnlyDiskIsToldAndLosesNothing) {
     }
     const platform::ScopeExit unmount([&disk]() noexcept { umount2(disk.c_str(), MNT_DETACH); });
     std::filesystem::copy(registry_, disk / "registry.db");
+    const std::string before = ReadFile(registry_);
     std::ofstream filler(disk / "filler", std::ios::binary);
     while (filler) filler << std::string(1024, 'x') << std::flush;
     filler.close();
@@ -195,7 +196,7 @@ TEST_F(FailureTest, AFullOrReadOnlyDiskIsToldAndLosesNothing) {
     ASSERT_EQ(mount("none", disk.c_str(), "tmpfs", MS_REMOUNT | MS_RDONLY, ""), 0);
     // Settings that cannot be opened for writing count as missing.
     ExpectRecorded(kPortrait, "may only be read", {"--profile", Utf8(disk)});
-    EXPECT_EQ(ReadFile(disk / "registry.db"), ReadFile(registry_));
+    EXPECT_TRUE(ReadFile(disk / "registry.db") == before) << "something was written";
     ExpectNoProcessLeft();
 }
 
