@@ -7,11 +7,16 @@
 
 namespace {
 
-/// A registry of this process's own, in memory, which goes with it.
+/// A registry of this process's own, in memory if there is a place for files there. It goes with
+/// the process.
 class OwnRegistry {
 public:
     OwnRegistry() {
-        std::string name = "/dev/shm/quvada-fuzz-XXXXXX";
+        std::error_code none;
+        const std::filesystem::path memory = "/dev/shm";
+        const bool hasMemory = std::filesystem::is_directory(memory, none);
+        std::string name =
+            (hasMemory ? memory : std::filesystem::temp_directory_path()) / "quvada-fuzz-XXXXXX";
         if (!mkdtemp(name.data())) std::abort();
         folder_ = name;
         setenv("QUVADA_HOME", name.c_str(), 1);
