@@ -2,11 +2,11 @@
 
 #include <atomic>
 
-#include "browser/reflection.h"
 #include "browser/screen_scale.h"
 #include "browser/window_classes.h"
 #include "capture/selection_capture.h"
-#include "driver/module_folder.h"
+#include "foundation/module_folder.h"
+#include "options/reflection.h"
 #include "platform/html.h"
 #include "platform/resources.h"
 #include "resources/resource_ids.h"

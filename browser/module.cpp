@@ -1,8 +1,8 @@
 #include "browser/server_state.h"
 #include "browser/toolbar_state.h"
 #include "browser/window_classes.h"
-#include "driver/module_folder.h"
 #include "foundation/library.h"
+#include "foundation/module_folder.h"
 #include "platform/modules.h"
 
 namespace {

@@ -2,7 +2,7 @@
 
 #include "browser/registry_tree.h"
 #include "browser/server_state.h"
-#include "driver/module_folder.h"
+#include "foundation/module_folder.h"
 #include "platform/modules.h"
 #include "platform/registry.h"
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "driver/module_folder.h"
+#include "foundation/module_folder.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "driver/save_dialog.h"
 
-#include "driver/module_folder.h"
+#include "foundation/module_folder.h"
 #include "platform/dialogs.h"
 #include "platform/user.h"
 

@@ -1,7 +1,7 @@
 #include "driver/start_converter.h"
 
 #include "driver/job_files.h"
-#include "driver/module_folder.h"
+#include "foundation/module_folder.h"
 #include "platform/shell.h"
 
 namespace {

@@ -1,32 +1,12 @@
 #include "settings/setting_rows.h"
 
-#include <type_traits>
+#include "settings/setting_field.h"
 
 namespace {
 
-template <class Member>
-struct MemberOf;
-template <class OwnerType, class FieldType>
-struct MemberOf<FieldType OwnerType::*> {
-    using Owner = OwnerType;
-    using Field = FieldType;
-};
-
-template <auto Member>
-auto& FieldOf(ConversionSettings& settings) noexcept {
-    using Owner = typename MemberOf<decltype(Member)>::Owner;
-    if constexpr (std::is_same_v<Owner, SecuritySettings>) {
-        return (*settings.Security).*Member;
-    } else if constexpr (std::is_same_v<Owner, RunAppSettings>) {
-        return (*settings.RunApp).*Member;
-    } else {
-        return settings.*Member;
-    }
-}
-
 template <auto Member>
 constexpr SettingOwner OwnerOf() noexcept {
-    using Owner = typename MemberOf<decltype(Member)>::Owner;
+    using Owner = typename SettingMember<decltype(Member)>::Owner;
     if (std::is_same_v<Owner, SecuritySettings>) return SettingOwner::Security;
     if (std::is_same_v<Owner, RunAppSettings>) return SettingOwner::RunApp;
     return SettingOwner::Page;
@@ -34,7 +14,7 @@ constexpr SettingOwner OwnerOf() noexcept {
 
 template <auto Member, class Form, class... Rest>
 constexpr SettingRow Row(const WCHAR* name, Rest... rest) noexcept {
-    return {name, OwnerOf<Member>(), Form{&FieldOf<Member>, rest...}};
+    return {name, OwnerOf<Member>(), Form{&SettingFieldOf<Member>, rest...}};
 }
 
 template <auto Member>

@@ -3,13 +3,10 @@
 #include <span>
 #include <variant>
 
-#include "settings/conversion_settings.h"
+#include "settings/setting_field.h"
 
 /// What the registry keeps of a ConversionSettings: one row a value, in the order in which they
 /// are loaded and saved. The record must have the shared record that a row's field lies in.
-
-template <class T>
-using SettingField = T& (*)(ConversionSettings&) noexcept;
 
 /// REG_DWORD; saved as 0 or 1, any value but 0 is true.
 struct FlagForm {

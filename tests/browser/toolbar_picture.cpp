@@ -8,7 +8,7 @@
 
 #include "browser/band_window.h"
 #include "browser/screen_scale.h"
-#include "driver/module_folder.h"
+#include "foundation/module_folder.h"
 #include "platform/modules.h"
 #include "platform/testing_gui.h"
 

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
 #include "browser/band_window.h"
-#include "browser/reflection.h"
 #include "browser/screen_scale.h"
-#include "driver/module_folder.h"
+#include "foundation/module_folder.h"
+#include "options/reflection.h"
 #include "platform/com_object.h"
 #include "platform/html_defaults.h"
 #include "platform/modules.h"

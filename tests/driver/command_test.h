@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 #include <optional>
 
-#include "driver/module_folder.h"
 #include "driver/protected_mode.h"
+#include "foundation/module_folder.h"
 #include "platform/com_object.h"
 #include "platform/html_defaults.h"
 #include "platform/memory.h"

@@ -1,4 +1,4 @@
-#include "driver/module_folder.h"
+#include "foundation/module_folder.h"
 
 #include "platform/modules.h"
 

@@ -1,4 +1,4 @@
-#include "browser/reflection.h"
+#include "options/reflection.h"
 
 namespace {
 
