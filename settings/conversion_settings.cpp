@@ -1,12 +1,11 @@
 #include "settings/conversion_settings.h"
 
-#include <cmath>
-
 #include "foundation/file_removal.h"
 #include "platform/registry.h"
 #include "settings/password_text.h"
 #include "settings/registry_values.h"
 #include "settings/setting_rows.h"
+#include "settings/thousandths.h"
 
 namespace {
 
@@ -17,17 +16,6 @@ constexpr REGSAM kAccess = 0x2001F;
 constexpr std::uint32_t kOldVersionFirst = 16;
 constexpr std::uint32_t kOldVersionEnd = 24;
 constexpr std::uint32_t kVersionBase = 0x10000;
-
-/// A length in thousandths of a point, cut towards zero; 0 for less, the largest number for more.
-/// A length that came from a whole number of thousandths gives that number again, which the bare
-/// product misses for one in a hundred (1.001 * 1000 is 1000.999...): it would shrink on each save.
-std::uint32_t Thousandths(double points) noexcept {
-    const double scaled = points * 1000.0;
-    if (!(scaled > 0)) return 0;  // Also what is no number.
-    if (scaled >= 4294967295.0) return 0xFFFFFFFF;
-    const double nearest = std::round(scaled);
-    return static_cast<std::uint32_t>(nearest / 1000.0 == points ? nearest : scaled);
-}
 
 void SetInitialText(AUX::WString& text, const WCHAR* initial) noexcept {
     if (!text.Assign(initial)) text.Clear();
@@ -70,7 +58,7 @@ void SaveRow(HKEY key, ConversionSettings& settings, const SettingRow& row) noex
         [&](const FlagForm& form) { WriteDwordValue(key, row.name, form.field(settings) ? 1 : 0); },
         [&](const NumberForm& form) { WriteDwordValue(key, row.name, form.field(settings)); },
         [&](const LengthForm& form) {
-            WriteDwordValue(key, row.name, Thousandths(form.field(settings)));
+            WriteDwordValue(key, row.name, ThousandthsOf(form.field(settings)));
         },
         [&](const TextForm& form) { WriteStringValue(key, row.name, form.field(settings)); },
         [&](const PasswordForm& form) { WritePasswordValue(key, row.name, form.field(settings)); },
