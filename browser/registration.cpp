@@ -102,15 +102,30 @@ void DeleteIfEmpty(HKEY root, AUX::WStringView before, AUX::WStringView behind) 
     (void)DeleteRegistryKey(root, path.Text());
 }
 
-HRESULT UnregisterClass() noexcept {
+bool HasCategories() noexcept {
+    AUX::WString path;
+    platform::RegistryKey key;
+    return !path.Append(TEXT("CLSID\\")) || !path.Append(kAddinClassText) ||
+           !path.Append(TEXT("\\Implemented Categories")) ||
+           RegOpenKeyExW(HKEY_CLASSES_ROOT, path.Text(), 0, KEY_READ, key.Put()) !=
+               ERROR_FILE_NOT_FOUND;
+}
+
+HRESULT RemoveCategory() noexcept {
+    // Managers differ in what they say of a class that is not there.
+    if (!HasCategories()) return S_OK;
     platform::ComPtr<ICatRegister> categories;
     HRESULT result = MakeCategories(categories);
     CATID category = kAppContainerCompatible;
     if (SUCCEEDED(result)) {
         result = categories->UnRegisterClassImplCategories(kAddinClassId, 1, &category);
-        // There was none.
-        if (result == ResultOf(ERROR_FILE_NOT_FOUND)) result = S_OK;
     }
+    // Another category's key may be all there is.
+    return result == ResultOf(ERROR_FILE_NOT_FOUND) ? S_OK : result;
+}
+
+HRESULT UnregisterClass() noexcept {
+    const HRESULT result = RemoveCategory();
     if (FAILED(result)) return result;
     DeleteIfEmpty(HKEY_CLASSES_ROOT, TEXT("CLSID\\"), TEXT("\\Required Categories"));
     DeleteIfEmpty(HKEY_CLASSES_ROOT, TEXT("CLSID\\"), TEXT("\\Implemented Categories"));

@@ -37,17 +37,6 @@ Ending WaitFor(milliseconds limit) {
     return ending;
 }
 
-/// Where the system is our own, a program that was started has left its code by now.
-bool NothingStarted(const Ending& ending) {
-    return platform::testing::kOwnsTheSystem && ending.programs == Programs::Ended &&
-           ending.code == kNoCode;
-}
-
-ExitCode SayNothingStarted(Progress& progress) {
-    progress.Say("the converter could not be started");
-    return ExitCode::CommandEnded;
-}
-
 }  // namespace
 
 ExitCode WaitForResult(milliseconds timeout, Progress& progress) {
@@ -60,7 +49,6 @@ ExitCode WaitForResult(milliseconds timeout, Progress& progress) {
         progress.Say("the converter has not ended in time; it goes on");
         return ExitCode::TimedOut;
     }
-    if (NothingStarted(ending)) return SayNothingStarted(progress);
     if (ending.code == 0 || ending.code == kNoCode) return ExitCode::Ok;
     if (platform::testing::kOwnsTheSystem && ending.code > kKilled) {
         progress.Say("the converter was killed by signal " + std::to_string(ending.code - kKilled));
@@ -70,9 +58,8 @@ ExitCode WaitForResult(milliseconds timeout, Progress& progress) {
     return ExitCode::ConverterFailed;
 }
 
-ExitCode WaitForFetch(milliseconds limit, Progress& progress) {
+ExitCode WaitForFetch(milliseconds limit) {
     const Ending ending = WaitFor(limit);
-    if (NothingStarted(ending)) return SayNothingStarted(progress);
     // The converter may not have fetched its job yet, which ends with the tab.
     const bool cut = ending.programs == Programs::StillRunning && Interrupted();
     return cut ? ExitCode::Interrupted : ExitCode::Ok;

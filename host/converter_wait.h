@@ -13,11 +13,11 @@ inline constexpr std::chrono::milliseconds kFetchLimit{5'000};
 
 /// Waits for the converter that the command has just started, tells how it ended.
 /// \param timeout  When it passes, the converter goes on and TimedOut is given.
-/// \return Ok, CommandEnded when none was started, ConverterFailed, TimedOut or Interrupted.
+/// \return Ok, ConverterFailed, TimedOut or Interrupted.
 ExitCode WaitForResult(std::chrono::milliseconds timeout, Progress& progress);
 
 /// Waits until the converter has ended, at most `limit`; its result does not count.
-/// \return Ok, CommandEnded when none was started, or Interrupted.
-ExitCode WaitForFetch(std::chrono::milliseconds limit, Progress& progress);
+/// \return Ok or Interrupted.
+ExitCode WaitForFetch(std::chrono::milliseconds limit);
 
 }  // namespace host

@@ -10,10 +10,8 @@ namespace host {
 namespace {
 
 constexpr char kAbout[] =
-    "Stands in for the browser: loads a page, loads the add-in QVDIEaddin.x64.dll that lies "
-    "beside\n"
-    "this program, and presses its button. The add-in starts the converter, which writes the "
-    "PDF.\n";
+    "Stands in for the browser: loads pages, each in a tab of its own with the registered add-in,\n"
+    "and presses the add-in's button. The add-in starts the converter, which writes the PDF.\n";
 
 constexpr char kMore[] =
     "Without --wait the program keeps its tab, and with it the job in shared memory, until the\n"
@@ -42,6 +40,15 @@ std::string NameOf(BackendKind kind, const std::map<std::string, BackendKind>& k
     return {};
 }
 
+/// A task other than converting; the options of the program may stand behind it.
+CLI::App* AddTask(CLI::App& app, const char* name, const char* about, bool& forUser) {
+    CLI::App* const task = app.add_subcommand(name, about);
+    task->fallthrough();
+    task->add_flag("--user", forUser,
+                   "The classes for the current user only; the list of add-ins is the machine's");
+    return task;
+}
+
 }  // namespace
 
 std::optional<ExitCode> ParseOptions(const std::vector<std::string>& arguments, Options& options,
@@ -51,10 +58,15 @@ std::optional<ExitCode> ParseOptions(const std::vector<std::string>& arguments, 
     CLI::App app(kAbout, "quvada-host");
     app.footer(kMore);
     app.set_version_flag("--version", QUVADA_VERSION);
-    app.add_option("PAGE", options.page, "The page: a file, or a file: or http: address")
-        ->required();
-    app.add_option("-o,--output", options.output,
-                   "Where the PDF goes, instead of asking; an existing file is replaced")
+    app.add_option("PAGE", options.pages,
+                   "The page: a file, or a file: or http: address. Of several pages, loaded beside "
+                   "each other, one is converted after the other");
+    app.add_option("-o,--output", options.outputs,
+                   "Where the PDF goes, instead of asking; an existing file is replaced. Once for "
+                   "each page, in their order")
+        ->allow_extra_args(false)
+        ->type_name("FILE");
+    app.add_option("--addin", options.addin, "Take the add-in from this file, registered or not")
         ->type_name("FILE");
     app.add_flag("--selection", options.selection,
                  "Convert the selected part of the page, whatever its scripts have selected");
@@ -90,10 +102,24 @@ std::optional<ExitCode> ParseOptions(const std::vector<std::string>& arguments, 
         ->check(CLI::Range(1, 86'400))
         ->type_name("S");
     app.add_flag("-v,--verbose", options.verbose, "Tell each step on the error output");
+    CLI::App* const install = AddTask(
+        app, "register", "Register the add-in that lies beside this program, as an installer does",
+        options.forUser);
+    app.require_subcommand(0, 1);
+    CLI::App* const remove = AddTask(app, "unregister", "Take that back", options.forUser);
     try {
         std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
         app.parse(reversed);
         options.backend = backend.empty() ? DefaultBackend() : kinds.at(backend);
+        if (*install || *remove) options.task = *install ? Task::Register : Task::Unregister;
+        if (options.pages.empty() != (options.task != Task::Convert)) {
+            throw CLI::ValidationError("PAGE", options.pages.empty()
+                                                   ? "a page, or a task, is required"
+                                                   : "not expected with a task");
+        }
+        if (!options.outputs.empty() && options.outputs.size() != options.pages.size()) {
+            throw CLI::ValidationError("--output", "once for each page, or not at all");
+        }
         if (options.pageHeight > 0 && options.backend != BackendKind::Text) {
             throw CLI::ValidationError("--page-height", "only for --backend text");
         }

@@ -12,11 +12,15 @@
 namespace host {
 
 enum class BackendKind { Text, Chromium };
+enum class Task { Convert, Register, Unregister };
 
 /// What the user asks of the program.
 struct Options {
-    std::string page;  // a file's path or an address
-    std::optional<std::string> output;
+    Task task = Task::Convert;
+    bool forUser = false;              // of the other tasks: for the current user only
+    std::vector<std::string> pages;    // files' paths or addresses; a tab for each
+    std::vector<std::string> outputs;  // none, or one for each page
+    std::optional<std::string> addin;  // a module to take instead of what is registered
     std::optional<std::string> profile;
     BackendKind backend = BackendKind::Text;
     bool selection = false;

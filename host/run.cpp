@@ -3,17 +3,19 @@
 #include <exception>
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <vector>
 
-#include "host/addin.h"
-#include "host/backend_choice.h"
-#include "host/com_browser.h"
+#include "host/addin_list.h"
 #include "host/converter_wait.h"
 #include "host/hand_off_lock.h"
+#include "host/installation.h"
 #include "host/interrupt.h"
+#include "host/load_module.h"
+#include "host/page_loading.h"
 #include "host/progress.h"
 #include "host/system.h"
+#include "host/tab.h"
+#include "host/tab_thread.h"
 #include "platform/profile.h"
 #include "platform/testing.h"
 
@@ -29,23 +31,105 @@ Progress::Mode ModeOf(const Options& options) {
     return IsErrorTerminal() ? Progress::Mode::Terminal : Progress::Mode::Silent;
 }
 
-/// One run of the program: a browser with one tab.
-class Tab {
+/// A tab on its thread. All but the thread is used on that only, or while it does nothing.
+class OpenTab {
 public:
-    Tab(const Options& options, Progress& progress) : options_(options), progress_(progress) {}
+    OpenTab(PageAddress address, std::filesystem::path output, std::string label)
+        : address_(std::move(address)), output_(std::move(output)), label_(std::move(label)) {}
+    ~OpenTab() {
+        // On its thread, as it was made.
+        thread_.Do([this] {
+            tab_.reset();
+            page_.reset();
+        });
+    }
+    OpenTab(const OpenTab&) = delete;
+    OpenTab& operator=(const OpenTab&) = delete;
+
+    /// Begins to load the page and the add-ins.
+    void StartLoading(const Options& options, const AddinList& addins, Progress& progress) {
+        loaded_ = thread_.Start([this, &options, &addins, &progress] {
+            LoadRequest request{address_, options.timeout, {}, {}};
+            request.progress = [&](const std::string& what) { progress.Step(label_ + what); };
+            request.warning = [&](const std::string& what) {
+                progress.Say("warning: " + label_ + what);
+            };
+            if (!LoadPage(options, request, page_, error_)) {
+                failure_ = Interrupted() ? ExitCode::Interrupted : ExitCode::NoPage;
+                return;
+            }
+            auto made = std::make_unique<Tab>(addins);
+            if (made->Open(page_, error_)) {
+                tab_ = std::move(made);
+            } else {
+                failure_ = ExitCode::NoAddin;
+            }
+        });
+    }
+    /// Waits for that. \return Ok, or NoPage, NoAddin or Interrupted with an Error.
+    [[nodiscard]] ExitCode FinishLoading() {
+        loaded_.get();
+        return failure_;
+    }
+    [[nodiscard]] const std::string& Error() const { return error_; }
+
+    void BringToFront() {
+        thread_.Do([this] { tab_->BringToFront(); });
+    }
+    void SendToBack() {
+        thread_.Do([this] { tab_->SendToBack(); });
+    }
+
+    /// Presses the button, with the user's answers at hand. \return what the add-in said.
+    std::vector<platform::WideString> Press(UINT command,
+                                            const std::optional<platform::WideString>& saveAs) {
+        std::vector<platform::WideString> said;
+        thread_.Do([&] { said = tab_->Press(command, saveAs); });
+        return said;
+    }
+
+    /// The page's browser need not run beside the converter's.
+    void ClosePage() {
+        thread_.Do([this] {
+            tab_->ClosePage();
+            page_.reset();
+        });
+    }
+
+    /// Where the PDF goes; empty where the user is asked.
+    [[nodiscard]] const std::filesystem::path& Output() const { return output_; }
+    /// What messages about this tab begin with, where there are several.
+    [[nodiscard]] const std::string& Label() const { return label_; }
+
+private:
+    const PageAddress address_;
+    const std::filesystem::path output_;
+    const std::string label_;
+    ExitCode failure_ = ExitCode::Ok;
+    std::string error_;
+    std::shared_ptr<PageDocument> page_;
+    std::unique_ptr<Tab> tab_;
+    std::future<void> loaded_;
+    TabThread thread_;  // last: it uses the others
+};
+
+/// One run of the program: a browser with a tab for each page.
+class BrowserRun {
+public:
+    BrowserRun(const Options& options, Progress& progress)
+        : options_(options), progress_(progress) {}
 
     ExitCode Run() {
-        if (!ParsePageAddress(options_.page, address_, error_)) return Fail(ExitCode::Usage);
-        if (!PrepareOutput()) return Fail(ExitCode::Usage);
+        if (!MakeTabs()) return Fail(ExitCode::Usage);
         if (options_.profile && !UseProfile(PathFromUtf8(*options_.profile), error_)) {
             return Fail(ExitCode::Usage);
         }
         // Only a warning: the add-in then works with the defaults, and what is stored stays.
         std::string problem;
         if (!platform::CheckProfile(problem)) progress_.Say("warning: " + problem);
+        if (options_.task != Task::Convert) return Install();
         if (!LoadModules()) return Fail(ExitCode::NoAddin);
-        if (!LoadPage()) return Fail(Interrupted() ? ExitCode::Interrupted : ExitCode::NoPage);
-        return Press();
+        return ConvertAll();
     }
 
 private:
@@ -54,13 +138,33 @@ private:
         return code;
     }
 
+    ExitCode Install() {
+        const Scope scope = options_.forUser ? Scope::User : Scope::Machine;
+        const bool isDone = options_.task == Task::Register ? RegisterAddin(scope, error_)
+                                                            : UnregisterAddin(scope, error_);
+        return isDone ? ExitCode::Ok : Fail(ExitCode::NoAddin);
+    }
+
+    bool MakeTabs() {
+        for (std::size_t i = 0; i < options_.pages.size(); ++i) {
+            PageAddress address;
+            std::filesystem::path output;
+            if (!ParsePageAddress(options_.pages[i], address, error_)) return false;
+            if (!options_.outputs.empty() && !PrepareOutput(options_.outputs[i], output)) {
+                return false;
+            }
+            tabs_.push_back(std::make_unique<OpenTab>(
+                std::move(address), std::move(output),
+                options_.pages.size() > 1 ? options_.pages[i] + ": " : std::string()));
+        }
+        return true;
+    }
+
     /// The dialog is answered with the path as the add-in writes paths, so a folder that is missing
     /// would only show when the converter fails.
-    bool PrepareOutput() {
-        if (!options_.output) return true;
+    bool PrepareOutput(const std::string& text, std::filesystem::path& output) {
         std::error_code code;
-        const std::filesystem::path path =
-            std::filesystem::absolute(PathFromUtf8(*options_.output), code);
+        const std::filesystem::path path = std::filesystem::absolute(PathFromUtf8(text), code);
         if (!std::filesystem::is_directory(path.parent_path(), code)) {
             error_ = "there is no folder for " + PathToUtf8(path);
         } else if (!path.has_filename() || (std::filesystem::exists(path, code) &&
@@ -70,111 +174,94 @@ private:
         } else if (!HasPlatformPath(path)) {
             error_ = "the add-in cannot write this name: " + PathToUtf8(path);
         } else {
-            output_ = path.lexically_normal();
+            output = path.lexically_normal();
         }
         return error_.empty();
     }
 
     bool LoadModules() {
-        const std::filesystem::path folder = ProgramFolder();
-        if (options_.isProtected && !LoadProtectedMode(folder / "modules", ieframe_, error_)) {
+        if (options_.isProtected && !LoadModule(ProgramFolder() / "modules" / "ieframe.dll",
+                                                "the browser's module", ieframe_, error_)) {
             return false;
         }
-        return addin_.Load(folder, error_);
+        if (options_.addin) return addins_.TakeModule(PathFromUtf8(*options_.addin), error_);
+        if (!addins_.Helpers().empty()) return true;
+        error_ = "no add-in is installed; 'quvada-host register' installs it";
+        return false;
     }
 
-    bool LoadPage() {
-        const std::unique_ptr<Backend> backend = MakeBackend(options_);
-        LoadRequest request{address_, options_.timeout, {}, {}};
-        request.progress = [this](const std::string& what) { progress_.Step(what); };
-        request.warning = [this](const std::string& what) { progress_.Say("warning: " + what); };
-        try {
-            if (!backend->Load(request, page_, error_)) return false;
-            return Select();
-        } catch (const std::exception& failure) {  // The page needs more memory than there is.
-            error_ = std::string("the page cannot be loaded: ") + failure.what();
-            return false;
-        }
-    }
-
-    /// Does what a user would do with the mouse before pressing the button.
-    bool Select() {
-        if (!options_.select) return true;
-        std::shared_ptr<PageDocument> document = page_;
-        for (const std::size_t index : options_.frame) {
-            std::vector<std::shared_ptr<PageDocument>> frames;
-            if (!document->Frames(frames) || index >= frames.size() || !frames[index]) {
-                error_ = "the page has no frame " + std::to_string(index) + " that it may reach";
-                return false;
+    /// The pages load beside each other; the buttons are pressed one after the other, for there is
+    /// one user.
+    ExitCode ConvertAll() {
+        for (const auto& tab : tabs_) tab->StartLoading(options_, addins_, progress_);
+        ExitCode first = ExitCode::Ok;
+        OpenTab* front = nullptr;
+        for (const auto& tab : tabs_) {
+            ExitCode code = tab->FinishLoading();
+            if (code == ExitCode::Ok) {
+                if (front) front->SendToBack();
+                front = tab.get();
+                code = Convert(*front);
+            } else {
+                progress_.Say(tab->Label() + tab->Error());
             }
-            document = frames[index];
+            if (first == ExitCode::Ok) first = code;
         }
-        return document->Select(*options_.select, error_);
+        return first;
     }
 
-    ExitCode Press() {
-        const auto browser = platform::MakeObject<Browser>(page_);
-        platform::ComPtr<IAddinBand> band;
-        if (!browser || !addin_.MakeBand(browser.Get(), nullptr, band, error_)) {
-            return Fail(ExitCode::NoAddin);
-        }
+    ExitCode Convert(OpenTab& tab) {
+        tab.BringToFront();
         // A job in a file of its own gets in nobody's way.
         HandOffLock turn;
         const bool isOurTurn = options_.isProtected || turn.Take(options_.timeout, progress_);
         if (Interrupted()) {
-            error_ = "interrupted; nothing was converted";
-            return Fail(ExitCode::Interrupted);
+            progress_.Say("interrupted; nothing was converted");
+            return ExitCode::Interrupted;
         }
         if (!isOurTurn) {
-            error_ = "another conversion of this profile has not ended in time";
-            return Fail(ExitCode::CommandEnded);
+            progress_.Say("another conversion of this profile has not ended in time");
+            return ExitCode::CommandEnded;
         }
-        progress_.Step("starting the converter");
-        if (Command(*band.Get()) != 0) return Fail(ExitCode::CommandEnded);
-        // The page's browser need not run beside the converter's.
-        browser->ClosePage();
-        page_.reset();
+        progress_.Step(tab.Label() + "starting the converter");
+        if (!Press(tab)) return ExitCode::CommandEnded;
+        tab.ClosePage();
         // The job's memory lasts as long as the band.
         if (options_.wait) {
-            progress_.Step("converting");
+            progress_.Step(tab.Label() + "converting");
             return WaitForResult(options_.timeout, progress_);
         }
-        // A job in a file lasts by itself; then only a start that failed is to be noticed.
-        return WaitForFetch(options_.isProtected ? std::chrono::milliseconds(0) : kFetchLimit,
-                            progress_);
+        // A job in a file lasts by itself.
+        return WaitForFetch(options_.isProtected ? std::chrono::milliseconds(0) : kFetchLimit);
     }
 
-    /// Presses the button, with the user's answers at hand. On failure `error_` says why.
-    LRESULT Command(IAddinBand& band) {
-        const platform::testing::MessageBoxRecorder messages;
-        std::optional<platform::testing::SaveDialogScript> saved;
-        if (!output_.empty() && options_.isProtected) {
+    /// \return false if no converter was started, and has said why.
+    bool Press(OpenTab& tab) {
+        std::optional<platform::WideString> saveAs;
+        if (!tab.Output().empty() && options_.isProtected) {
             // Here it is the converter that asks.
-            platform::testing::SetEnvironment("QUVADA_SAVE_AS", PathToUtf8(output_).c_str());
-        } else if (!output_.empty()) {
-            saved.emplace(PlatformPath(output_));
+            platform::testing::SetEnvironment("QUVADA_SAVE_AS", PathToUtf8(tab.Output()).c_str());
+        } else if (!tab.Output().empty()) {
+            saveAs = PlatformPath(tab.Output());
         }
-        const LRESULT result =
-            band.OnCommand(options_.selection ? kConvertSelection : kConvertPage);
-        for (const platform::testing::ShownMessage& message : messages.Shown()) {
-            progress_.Say("the add-in says: " + platform::ToUtf8(message.text));
+        const unsigned before = platform::testing::CountStartedPrograms();
+        const auto said = tab.Press(options_.selection ? kConvertSelection : kConvertPage, saveAs);
+        for (const platform::WideString& text : said) {
+            progress_.Say(tab.Label() + "the add-in says: " + platform::ToUtf8(text));
         }
-        if (result != 0) {
-            error_ = messages.Shown().empty() ? "cancelled, or the job could not be stored"
-                                              : "the page was not converted";
-        }
-        return result;
+        if (platform::testing::CountStartedPrograms() != before) return true;
+        progress_.Say(tab.Label() + (said.empty() ? "cancelled, or the job could not be stored"
+                                                  : "the page was not converted"));
+        return false;
     }
 
     const Options& options_;
     Progress& progress_;
     std::string error_;
-    PageAddress address_;
-    std::filesystem::path output_;
     // In this order: what a module made ends before the module.
     platform::ModuleHandle ieframe_;
-    Addin addin_;
-    std::shared_ptr<PageDocument> page_;
+    AddinList addins_;
+    std::vector<std::unique_ptr<OpenTab>> tabs_;
 };
 
 }  // namespace
@@ -183,7 +270,7 @@ ExitCode Run(const Options& options) {
     CatchInterrupts();
     Progress progress(ModeOf(options));
     try {
-        return Tab(options, progress).Run();
+        return BrowserRun(options, progress).Run();
     } catch (const std::exception& failure) {
         progress.Say(failure.what());
         return ExitCode::CommandEnded;

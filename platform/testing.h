@@ -155,6 +155,10 @@ enum class Programs { Ended, StillRunning };
 ///                  was started since the last call, or (on Windows) if it ended before the call.
 Programs WaitForStartedPrograms(DWORD timeoutMs, DWORD* exitCode);
 
+/// How many programs this process has started by ShellExecuteW, ended ones included. On Windows
+/// they are counted from the first call on, with all other programs.
+unsigned CountStartedPrograms();
+
 /// Sets a variable of this process's environment, for itself and the programs that it starts; null
 /// removes it.
 void SetEnvironment(const char* name, const char* value);

@@ -90,6 +90,19 @@ Programs WaitForStartedPrograms(DWORD timeoutMs, DWORD* exitCode) {
     return Programs::Ended;
 }
 
+unsigned CountStartedPrograms() {
+    // A job counts what its processes start, also what has ended long since. It ends with them.
+    static const KernelHandle job = [] {
+        KernelHandle made(CreateJobObjectW(nullptr, nullptr));
+        AssignProcessToJobObject(made.Get(), GetCurrentProcess());
+        return made;
+    }();
+    JOBOBJECT_BASIC_ACCOUNTING_INFORMATION counts{};
+    QueryInformationJobObject(job.Get(), JobObjectBasicAccountingInformation, &counts,
+                              sizeof counts, nullptr);
+    return counts.TotalProcesses;
+}
+
 void SetEnvironment(const char* name, const char* value) {
     // By way of the run-time, which keeps a copy of its own and tells the system.
     _putenv_s(name, value ? value : "");

@@ -29,7 +29,7 @@ ALLOWED = {
     "host": ["chromium", "platform"],
 }
 # Public faces that the host may see of the module it loads.
-PUBLIC_FACES = {"host": ["browser/addin_entry.h"]}
+PUBLIC_FACES = {"host": ["browser/addin_class.h"]}
 FREE = ["tests", "bench", "fuzz"]
 MAX_LINES = 600
 RESERVED_NAMES = re.compile(r"^(aux|con|prn|nul|com[1-9]|lpt[1-9])(\.|$)", re.I)

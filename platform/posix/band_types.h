@@ -87,6 +87,7 @@ QVD_INTERFACE_ID(IConnectionPoint, 0xB196B286, 0xBAB4, 0x101A,
                  {0xB6, 0x9C, 0x00, 0xAA, 0x00, 0x34, 0x1D, 0x07});
 
 inline constexpr HRESULT CONNECT_E_NOCONNECTION = static_cast<HRESULT>(0x80040200);
+inline constexpr HRESULT CONNECT_E_CANNOTCONNECT = static_cast<HRESULT>(0x80040202);
 
 struct IConnectionPointContainer : IUnknown {
     /// CONNECT_E_NOCONNECTION for events that the object does not have.

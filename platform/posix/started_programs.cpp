@@ -14,6 +14,7 @@ struct Watch {
     std::mutex mutex;
     std::condition_variable changed;
     unsigned running = 0;
+    unsigned noted = 0;
     pid_t newest = 0;
     DWORD exitCode = 0;
     bool hasExitCode = false;
@@ -50,6 +51,7 @@ void* Reap(void* argument) {
 void WatchProgram(pid_t child) noexcept {
     Watch& state = State();
     const std::lock_guard lock(state.mutex);
+    ++state.noted;
     pthread_t thread{};
     // Without a thread the child stays a zombie until this process ends, which is the lesser evil.
     if (pthread_create(&thread, nullptr, Reap, reinterpret_cast<void*>(INT_PTR{child})) != 0)
@@ -74,6 +76,12 @@ bool WaitForWatchedPrograms(DWORD timeoutMs, DWORD* exitCode) noexcept {
         state.hasExitCode = false;
     }
     return true;
+}
+
+unsigned CountWatchedPrograms() noexcept {
+    Watch& state = State();
+    const std::lock_guard lock(state.mutex);
+    return state.noted;
 }
 
 }  // namespace platform

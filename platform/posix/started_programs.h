@@ -15,4 +15,7 @@ void WatchProgram(pid_t child) noexcept;
 /// gave a code. \return false when the time is over first.
 bool WaitForWatchedPrograms(DWORD timeoutMs, DWORD* exitCode) noexcept;
 
+/// How many programs were noted so far.
+unsigned CountWatchedPrograms() noexcept;
+
 }  // namespace platform

@@ -59,4 +59,6 @@ Programs WaitForStartedPrograms(DWORD timeoutMs, DWORD* exitCode) {
     return WaitForWatchedPrograms(timeoutMs, exitCode) ? Programs::Ended : Programs::StillRunning;
 }
 
+unsigned CountStartedPrograms() { return CountWatchedPrograms(); }
+
 }  // namespace platform::testing

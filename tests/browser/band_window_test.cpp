@@ -1,6 +1,5 @@
 #include "browser/band_window.h"
 
-#include "browser/addin_entry.h"
 #include "tests/driver/command_test.h"
 
 namespace {
@@ -54,29 +53,6 @@ TEST_F(BandWindowTest, ACommandUnderWayIsNotDisturbed) {
     EXPECT_EQ(Address(), TEXT("outer"));
     page_.onTitle = [] {};
     EXPECT_EQ(band_.Convert(0, TEXT("next")), 0);
-}
-
-TEST_F(BandWindowTest, TheModulesBandMayBeGivenUpWhileItWorks) {
-    WCHAR path[MAX_PATH];
-    WideString shipped(path, GetModuleFileNameW(nullptr, path, MAX_PATH));
-    shipped.resize(shipped.rfind(TEXT('\\')) + 1);
-    const platform::ModuleHandle module(
-        LoadLibraryW((shipped + TEXT("QVDIEaddin.x64.dll")).c_str()));
-    ASSERT_TRUE(module) << GetLastError();
-    const QvdCreateBandFunction create =
-        platform::ProcedureOf<std::remove_pointer_t<QvdCreateBandFunction>>(module.Get(),
-                                                                            "QvdCreateBand");
-    ASSERT_TRUE(create);
-    EXPECT_EQ(create(browser_.Get(), nullptr, nullptr), E_POINTER);
-    const SaveDialogScript cancelled(std::nullopt);
-    platform::ComPtr<IAddinBand> band;
-    ASSERT_EQ(create(browser_.Get(), nullptr, band.Put()), S_OK);
-    page_.onTitle = [&] { band.Reset(); };
-    IAddinBand* const borrowed = band.Get();
-    EXPECT_EQ(borrowed->OnCommand(1), 1);
-    EXPECT_EQ(cancelled.Asked().size(), 1u);
-    browser_->AddRef();
-    EXPECT_EQ(browser_->Release(), 1u) << "the band is still there";
 }
 
 }  // namespace

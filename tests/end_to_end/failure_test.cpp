@@ -136,6 +136,21 @@ TEST_F(FailureTest, TwoJobsAtOnceGiveTwoPdfs) {
     }
 }
 
+TEST_F(FailureTest, ATabThatFailsLeavesTheOthersAlone) {
+    const std::vector<std::string> pages = {WritePage("one.html", "<title>One</title>"),
+                                            Utf8(folder_ / "missing.html"),
+                                            WritePage("two.html", "<title>Two</title>")};
+    std::vector<std::string> arguments = {"--wait", "--backend", "text"};
+    for (const std::string& page : pages) {
+        arguments.insert(arguments.end(), {page, "--output", page + ".pdf"});
+    }
+    const Finished host = RunProgram(Host(Programs()), arguments);
+    ExpectEnd(host, 3, "missing.html: there is no page");
+    for (const std::string& page : pages) {
+        EXPECT_EQ(ReadFile(page + ".pdf").starts_with("%PDF-"), page != pages[1]) << page;
+    }
+}
+
 TEST_F(FailureTest, AsksForTheFileOnTheTerminal) {
     std::ofstream(pdf_) << "taken";
     const std::string page = WritePage("page.html", "<title>A page</title>");
@@ -159,10 +174,13 @@ TEST_F(FailureTest, AsksForTheFileOnTheTerminal) {
 }
 
 TEST_F(FailureTest, ACorruptRegistryIsToldAndLeftAsItIs) {
+    Install(RecordingPrograms());
     for (const std::string& bytes : {std::string("this is no registry"), std::string(8192, '\xAA'),
                                      std::string("SQLite format 3\0 and then nothing", 34)}) {
         std::ofstream(registry_, std::ios::binary | std::ios::trunc) << bytes;
-        ExpectRecorded(kPortrait, "registry.db");
+        // Such a registry lists no add-ins either.
+        ExpectRecorded(kPortrait, "registry.db",
+                       {"--addin", Utf8(RecordingPrograms() / "QVDIEaddin.x64.dll")});
         EXPECT_EQ(ReadFile(registry_), bytes);
     }
 }
@@ -170,10 +188,11 @@ TEST_F(FailureTest, ACorruptRegistryIsToldAndLeftAsItIs) {
 TEST_F(FailureTest, AFullOrReadOnlyDiskIsToldAndLosesNothing) {
     const std::filesystem::path disk = folder_ / "disk";
     std::filesystem::create_directory(disk);
-    if (mount("none", disk.c_str(), "tmpfs", 0, "size=64k,mode=0777") != 0) {
+    if (mount("none", disk.c_str(), "tmpfs", 0, "size=256k,mode=0777") != 0) {
         GTEST_SKIP() << "this user may not mount a small disk";
     }
     const platform::ScopeExit unmount([&disk]() noexcept { umount2(disk.c_str(), MNT_DETACH); });
+    Install(RecordingPrograms());
     std::filesystem::copy(registry_, disk / "registry.db");
     const std::string before = ReadFile(registry_);
     std::ofstream filler(disk / "filler", std::ios::binary);

@@ -94,6 +94,27 @@ TEST_F(HandOffTest, ReachesTheConverterThroughAFileInProtectedModeAndLeavesItAlo
     ExpectBlock(std::string("\0\x01", 2) + Text(TEXT("A first page draft")), Number(0));
 }
 
+TEST_F(HandOffTest, FindsTheAddinWhereAnInstallerHasPutIt) {
+    const std::filesystem::path programs = RecordingPrograms();
+    for (const std::vector<std::string>& scope : {std::vector<std::string>(), {"--user"}}) {
+        std::filesystem::remove(records_ / "command_line");
+        std::vector<std::string> task = scope;
+        task.insert(task.begin(), "register");
+        Install(programs, task);
+        if (scope.empty() || !test_support::RunsUnderWine()) {
+            ExpectEnd(Run({"--wait"}), 0, "");
+            EXPECT_NE(Recorded("command_line"), "");
+        }
+        task.front() = "unregister";
+        Install(programs, task);
+        Install(programs, task);
+        ExpectEnd(Run({"--wait"}), 4, "no add-in is installed");
+        // One that is not registered can be tried out.
+        EXPECT_EQ(Run({"--wait", "--addin", Utf8(programs / "QVDIEaddin.x64.dll")}).code, 0);
+    }
+    ExpectEnd(Run({"--addin", page_}), 4, "page one.html");
+}
+
 TEST_F(HandOffTest, SaysWhyNothingIsConverted) {
     const std::filesystem::path programs = folder_ / "programs";
     std::filesystem::copy(RecordingPrograms(), programs, std::filesystem::copy_options::recursive);
@@ -107,11 +128,11 @@ TEST_F(HandOffTest, SaysWhyNothingIsConverted) {
         {"", {"--select", "#none"}, 3, "#none"},
         {"", {"--select", "p", "--frame", "0"}, 3, "no frame 0"},
         {"", {"--nosuch"}, 2, "--nosuch"},
-        {"", {"b.html"}, 2, "not expected"},
+        {"", {"b.html"}, 2, "once for each page"},
         {"programs/modules/ieframe.dll", {"--protected"}, 4, "ieframe.dll"},
         {"programs/PageRenderApp.x86.exe", {"--wait"}, 1, "could not be found - please reinstall."},
-        {"page one.html", {}, 3, "page one.html"},
         {"programs/QVDIEaddin.x64.dll", {}, 4, "QVDIEaddin.x64.dll"},
+        {"page one.html", {}, 3, "page one.html"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.says);

@@ -13,6 +13,12 @@ namespace end_to_end {
 using platform::testing::SetEnvironment;
 using test_support::LocalPath;
 
+namespace {
+
+constexpr const char* kHost = platform::testing::kOwnsTheSystem ? "quvada-host" : "quvada-host.exe";
+
+}  // namespace
+
 HostTest::HostTest()
     : folder_(LocalPath(profile_.Folder())),
       temp_(LocalPath(profile_.TempFolder())),
@@ -30,8 +36,23 @@ std::filesystem::path HostTest::Programs() { return host::ProgramFolder(); }
 
 std::filesystem::path HostTest::RecordingPrograms() { return Programs() / "recording"; }
 
-std::filesystem::path HostTest::Host(const std::filesystem::path& programs) {
-    return programs / (platform::testing::kOwnsTheSystem ? "quvada-host" : "quvada-host.exe");
+HostTest::~HostTest() {
+    // Natively the registry ends with the profile; elsewhere it is the machine's.
+    if (!platform::testing::kOwnsTheSystem && !registered_.empty()) {
+        Install(registered_, {"unregister"});
+    }
+}
+
+std::filesystem::path HostTest::Host(const std::filesystem::path& programs) const {
+    if (registered_ != programs) Install(programs);
+    return programs / kHost;
+}
+
+void HostTest::Install(const std::filesystem::path& programs,
+                       const std::vector<std::string>& task) const {
+    const Finished host = RunProgram(programs / kHost, task);
+    EXPECT_EQ(host.code, 0) << host.output;
+    registered_ = programs;
 }
 
 std::string HostTest::WritePage(const std::string& name, const std::string& markup) const {

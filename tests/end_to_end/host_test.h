@@ -48,13 +48,17 @@ std::vector<std::string> ProcessesNaming(const std::string& text);
 class HostTest : public testing::Test {
 protected:
     HostTest();
+    ~HostTest() override;
 
     /// The folder of the programs: the host, the add-in and the real converter.
     static std::filesystem::path Programs();
     /// The same with the recording converter instead of the real one.
     static std::filesystem::path RecordingPrograms();
-    /// The host's program in one of them.
-    static std::filesystem::path Host(const std::filesystem::path& programs);
+    /// The host's program in one of them, which is then the one whose add-in is registered.
+    std::filesystem::path Host(const std::filesystem::path& programs) const;
+    /// Has a host install or remove its add-in.
+    void Install(const std::filesystem::path& programs,
+                 const std::vector<std::string>& task = {"register"}) const;
 
     /// Writes a page. \return its path.
     std::string WritePage(const std::string& name, const std::string& markup) const;
@@ -67,6 +71,9 @@ protected:
     const std::filesystem::path temp_;     // and below it the temporary folder,
     const std::filesystem::path records_;  // what the recording converter leaves,
     const std::filesystem::path pdf_;      // and where the PDF is to go
+
+private:
+    mutable std::filesystem::path registered_;  // the folder of the registered add-in
 };
 
 std::string ReadFile(const std::filesystem::path& path);

@@ -23,8 +23,8 @@ TEST_F(HostOptionsTest, TakeEverythingInAnyOrderAndForgetIt) {
         Parse({"--wait", "a b.html", "-o", "out.pdf", "--selection", "--protected", "--backend",
                "text", "--page-height=2000", "--timeout", "5", "--verbose", "--profile", "p"}))
         << err_.str();
-    EXPECT_EQ(options_.page, "a b.html");
-    EXPECT_EQ(options_.output, "out.pdf");
+    EXPECT_EQ(options_.pages, std::vector<std::string>{"a b.html"});
+    EXPECT_EQ(options_.outputs, std::vector<std::string>{"out.pdf"});
     EXPECT_EQ(options_.profile, "p");
     EXPECT_EQ(options_.backend, BackendKind::Text);
     EXPECT_EQ(options_.pageHeight, 2000);
@@ -36,14 +36,25 @@ TEST_F(HostOptionsTest, TakeEverythingInAnyOrderAndForgetIt) {
     EXPECT_TRUE(options_.selection);
     ASSERT_FALSE(Parse({"a.html"})) << err_.str();
     EXPECT_FALSE(options_.select || !options_.frame.empty());
-    EXPECT_FALSE(options_.output || options_.profile || options_.pageHeight);
+    EXPECT_FALSE(!options_.outputs.empty() || options_.profile || options_.pageHeight);
     EXPECT_FALSE(options_.wait || options_.selection || options_.isProtected || options_.verbose);
+    ASSERT_FALSE(Parse({"a.html", "b.html", "-o", "a.pdf", "-o", "b.pdf", "--addin", "c.dll"}));
+    EXPECT_EQ(options_.pages, (std::vector<std::string>{"a.html", "b.html"}));
+    EXPECT_EQ(options_.outputs, (std::vector<std::string>{"a.pdf", "b.pdf"}));
+    EXPECT_EQ(options_.addin, "c.dll");
+    ASSERT_FALSE(Parse({"register", "--profile", "p"}));
+    EXPECT_TRUE(options_.task == Task::Register && !options_.forUser && options_.profile == "p");
+    ASSERT_FALSE(Parse({"unregister", "--user"}));
+    EXPECT_TRUE(options_.task == Task::Unregister && options_.forUser);
 }
 
 TEST_F(HostOptionsTest, RefuseWhatIsWrongAndSayIt) {
     const std::vector<std::string> cases[] = {
         {},
-        {"a.html", "b.html"},
+        {"a.html", "b.html", "-o", "a.pdf"},
+        {"a.html", "--user"},
+        {"register", "a.html"},
+        {"register", "unregister"},
         {"--nosuch", "a.html"},
         {"a.html", "--output"},
         {"a.html", "-o", "a.pdf", "-o", "b.pdf"},

@@ -218,6 +218,7 @@ inline constexpr UINT WM_PARENTNOTIFY = 0x0210;
 inline constexpr UINT WM_CAPTURECHANGED = 0x0215;
 inline constexpr UINT WM_MOUSELEAVE = 0x02A3;
 inline constexpr UINT WM_USER = 0x0400;
+inline constexpr UINT WM_APP = 0x8000;
 
 inline constexpr WPARAM SIZE_RESTORED = 0;
 inline constexpr WPARAM WA_INACTIVE = 0;
