@@ -144,15 +144,20 @@ std::optional<AttributePlace> FindAttributePlace(WideView tag, WideView name) {
 }
 
 WideString SetTagAttribute(WideView tag, WideView name, WideView value) {
-    const WideString quoted = TEXT("\"") + EncodeValue(value) + TEXT("\"");
+    WideString quoted(TEXT("\""));
+    quoted += EncodeValue(value);
+    quoted += TEXT('"');
     const auto place = FindAttributePlace(tag, name);
     WideString out(tag);
     if (place && place->end > place->start) {
         return out.replace(place->start, place->end - place->start, quoted);
     }
-    if (place) return out.insert(place->start, TEXT("=") + quoted);
+    quoted.insert(quoted.begin(), TEXT('='));
+    if (place) return out.insert(place->start, quoted);
     const std::size_t close = out.find_last_not_of(TEXT("/> \t\r\n"));
-    return out.insert(close + 1, TEXT(" ") + WideString(name) + TEXT("=") + quoted);
+    WideString attribute(TEXT(" "));
+    attribute.append(name).append(quoted);
+    return out.insert(close + 1, attribute);
 }
 
 WideString TextOfMarkup(WideView markup) {
