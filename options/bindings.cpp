@@ -11,6 +11,12 @@ void SetChecked(HWND dialog, int id, bool isChecked) noexcept {
     CheckDlgButton(dialog, id, isChecked ? BST_CHECKED : BST_UNCHECKED);
 }
 
+void LimitTexts(HWND dialog, std::span<const TextBinding> rows) noexcept {
+    for (const TextBinding& row : rows) {
+        SendDlgItemMessageW(dialog, row.id, EM_SETLIMITTEXT, kTextUnits - 1, 0);
+    }
+}
+
 void FillList(HWND dialog, int id, std::span<const WCHAR* const> names) noexcept {
     const HWND list = GetDlgItem(dialog, id);
     SendMessageW(list, CB_RESETCONTENT, 0, 0);

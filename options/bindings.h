@@ -53,6 +53,9 @@ void SetChecked(HWND dialog, int id, bool isChecked) noexcept;
 /// \return false, with `text` as it was, when memory runs out.
 [[nodiscard]] bool ReadText(HWND dialog, int id, AUX::WString& text) noexcept;
 
+/// Lets no more be typed into the edits than is stored.
+void LimitTexts(HWND dialog, std::span<const TextBinding> rows) noexcept;
+
 /// Replaces the rows of a drop list; none is selected then.
 void FillList(HWND dialog, int id, std::span<const WCHAR* const> names) noexcept;
 /// The same with the names of a table's rows.

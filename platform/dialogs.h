@@ -53,4 +53,8 @@ using LPOPENFILENAMEW = OPENFILENAMEW*;
 ///         the buffer is unchanged then.
 BOOL GetSaveFileNameW(LPOPENFILENAMEW dialog) noexcept;
 
+/// Asks for a file to open: what a test has installed. Nobody else can be asked, so without that it
+/// is cancelled. \return as GetSaveFileNameW.
+BOOL GetOpenFileNameW(LPOPENFILENAMEW dialog) noexcept;
+
 #endif

@@ -55,8 +55,9 @@ struct SaveDialogRequest {
     DWORD maxFileTitle;  // units of the title's buffer
 };
 
-/// While it lives, the save dialogs of its thread are answered at once, and noted. Made and ended
-/// on one thread; of several the newest answers. A question about overwriting is answered with yes.
+/// While it lives, the dialogs of its thread that ask for a file are answered at once, and noted.
+/// Made and ended on one thread; of several the newest answers. A question about overwriting is
+/// answered with yes.
 class SaveDialogScript {
 public:
     /// \param path  What the user types, in Windows' form; nothing cancels. An empty text takes the

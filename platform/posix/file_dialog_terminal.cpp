@@ -2,8 +2,8 @@
 #include <memory>
 
 #include "platform/files.h"
+#include "platform/posix/file_dialogs.h"
 #include "platform/posix/module_table.h"
-#include "platform/posix/save_dialog.h"
 #include "platform/shell.h"
 
 namespace platform {

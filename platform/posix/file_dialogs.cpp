@@ -1,4 +1,4 @@
-#include "platform/posix/save_dialog.h"
+#include "platform/posix/file_dialogs.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -108,18 +108,32 @@ bool CompleteSavePath(const OPENFILENAMEW& dialog, const WideString& typed, Wide
     return true;
 }
 
+namespace {
+
+bool IsAnswerable(const OPENFILENAMEW& dialog) {
+    return dialog.lStructSize == sizeof(OPENFILENAMEW) && dialog.lpstrFile;
+}
+
+/// Fills the dialog's fields with the answer. False if there is none or it is no path.
+bool Accept(OPENFILENAMEW& dialog, const SaveAnswer& answer) {
+    if (answer.kind != SaveAnswer::Kind::Chosen) return false;
+    WideString path;
+    if (CompleteSavePath(dialog, answer.path, path) && Deliver(dialog, path)) return true;
+    std::fprintf(stderr, "%s is no name for a file.\n", ToUtf8(answer.path).c_str());
+    return false;
+}
+
+}  // namespace
 }  // namespace platform
 
 BOOL GetSaveFileNameW(LPOPENFILENAMEW dialog) noexcept {
     using namespace platform;
     if (InjectFault("GetSaveFileNameW")) return FALSE;
-    if (dialog->lStructSize != sizeof(OPENFILENAMEW) || !dialog->lpstrFile) return FALSE;
-    const SaveAnswer answer = FindAnswer(*dialog);
-    if (answer.kind != SaveAnswer::Kind::Chosen) return FALSE;
-    WideString path;
-    if (!CompleteSavePath(*dialog, answer.path, path) || !Deliver(*dialog, path)) {
-        std::fprintf(stderr, "%s cannot be saved to.\n", ToUtf8(answer.path).c_str());
-        return FALSE;
-    }
-    return TRUE;
+    return IsAnswerable(*dialog) && Accept(*dialog, FindAnswer(*dialog));
+}
+
+BOOL GetOpenFileNameW(LPOPENFILENAMEW dialog) noexcept {
+    using namespace platform;
+    if (InjectFault("GetOpenFileNameW")) return FALSE;
+    return IsAnswerable(*dialog) && Accept(*dialog, ScriptedAnswer(*dialog));
 }
