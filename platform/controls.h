@@ -10,5 +10,8 @@
 #include <commctrl.h>
 // clang-format on
 #else
+#include "platform/posix/user/subclass_calls.h"
+#include "platform/posix/user/tab_calls.h"
 #include "platform/posix/user/toolbar_calls.h"
+#include "platform/posix/user/up_down_calls.h"
 #endif

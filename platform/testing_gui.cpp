@@ -1,5 +1,7 @@
 #include "platform/testing_gui.h"
 
+#include "platform/modules.h"
+
 namespace platform::testing {
 namespace {
 
@@ -51,6 +53,71 @@ void RunMessages() {
         TranslateMessage(&message);
         DispatchMessageW(&message);
     }
+}
+
+struct DialogScript::State {
+    std::vector<Step> steps;
+    std::size_t next;
+    State* older;
+    UINT_PTR timer;
+};
+
+namespace {
+
+thread_local DialogScript::State* newestScript = nullptr;
+
+/// The dialog that a user would see before him; null if there is none.
+HWND ActiveDialog() {
+    const HWND active = GetActiveWindow();
+    WCHAR name[16] = {};
+    if (!active || !IsWindowVisible(active) || GetClassNameW(active, name, 16) == 0) return nullptr;
+    // The system makes its message boxes itself.
+    const auto maker = reinterpret_cast<HMODULE>(GetWindowLongPtrW(active, GWLP_HINSTANCE));
+    const bool isDialog =
+        WideView(name) == TEXT("#32770") && maker != GetModuleHandleW(TEXT("user32.dll"));
+    return isDialog ? active : nullptr;
+}
+
+void CALLBACK RunNextStep(HWND, UINT, UINT_PTR, DWORD) {
+    const HWND dialog = newestScript ? ActiveDialog() : nullptr;
+    if (!dialog) return;
+    DialogScript::State& script = *newestScript;
+    if (script.next == script.steps.size()) {
+        EndDialog(dialog, -1);
+        return;
+    }
+    script.steps[script.next++](dialog);
+}
+
+}  // namespace
+
+DialogScript::DialogScript(std::vector<Step> steps)
+    : state_(new State{std::move(steps), 0, newestScript, 0}) {
+    newestScript = state_.get();
+    state_->timer = SetTimer(nullptr, 0, USER_TIMER_MINIMUM, RunNextStep);
+}
+DialogScript::~DialogScript() {
+    KillTimer(nullptr, state_->timer);
+    newestScript = state_->older;
+}
+bool DialogScript::IsDone() const { return state_->next == state_->steps.size(); }
+
+HeldKey::HeldKey(int key) {
+    GetKeyboardState(before_.data());
+    std::array<BYTE, 256> keys = before_;
+    keys[static_cast<std::size_t>(key)] = 0x80;
+    SetKeyboardState(keys.data());
+}
+HeldKey::~HeldKey() { SetKeyboardState(before_.data()); }
+
+void PostKey(WPARAM key) {
+    const HWND focus = GetFocus();
+    PostMessageW(focus, WM_KEYDOWN, key, 1);
+    PostMessageW(focus, WM_KEYUP, key, static_cast<LPARAM>(0xC0000001));
+}
+
+void SendText(WideView text) {
+    for (const WCHAR unit : text) SendMessageW(GetFocus(), WM_CHAR, unit, 1);
 }
 
 }  // namespace platform::testing

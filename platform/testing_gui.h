@@ -3,7 +3,9 @@
 /// What tests and the host may do with windows beyond what the code does. Feature code never
 /// includes this.
 
+#include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -46,6 +48,45 @@ Picture PictureOf(HWND window);
 
 /// Runs what lies in the calling thread's queue until it is empty.
 void RunMessages();
+
+/// While it lives, it works on the dialogs of its thread in place of a user: whenever a dialog is
+/// active and nothing else is left to do, the next step runs inside the dialog's own message loop.
+/// A dialog that is still there after the last step is ended with the result -1. Message boxes are
+/// not its concern. Made and ended on one thread; of several the newest works.
+class DialogScript {
+public:
+    using Step = std::function<void(HWND dialog)>;
+
+    explicit DialogScript(std::vector<Step> steps);
+    ~DialogScript();
+    DialogScript(const DialogScript&) = delete;
+    DialogScript& operator=(const DialogScript&) = delete;
+
+    /// Whether every step has run.
+    [[nodiscard]] bool IsDone() const;
+
+    struct State;
+
+private:
+    std::unique_ptr<State> state_;
+};
+
+/// While it lives, a key is down for the calling thread (GetKeyState).
+class HeldKey {
+public:
+    explicit HeldKey(int key);
+    ~HeldKey();
+    HeldKey(const HeldKey&) = delete;
+    HeldKey& operator=(const HeldKey&) = delete;
+
+private:
+    std::array<BYTE, 256> before_;
+};
+
+/// Posts a key, down and up, to the window that has the focus at this moment.
+void PostKey(WPARAM key);
+/// Sends the characters of a text to the window that has the focus.
+void SendText(WideView text);
 
 struct ShownMenuItem {
     UINT command;  // 0 for a separator

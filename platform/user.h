@@ -6,6 +6,8 @@
 
 #ifndef _WIN32
 
+#include "platform/posix/user/control_calls.h"
+#include "platform/posix/user/dialog_calls.h"
 #include "platform/posix/user/menu_calls.h"
 #include "platform/posix/user/window_calls.h"
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/posix/user/system_controls.h"
+
 namespace platform::user {
 namespace {
 
@@ -163,5 +165,7 @@ BOOL InitCommonControlsEx(const INITCOMMONCONTROLSEX* wanted) noexcept {
                                             platform::user::ToolbarProcedure,
                                             sizeof(platform::user::Toolbar*));
     }
+    if (wanted->dwICC & ICC_TAB_CLASSES) platform::user::RegisterTabControl();
+    if (wanted->dwICC & ICC_UPDOWN_CLASS) platform::user::RegisterUpDown();
     return TRUE;
 }

@@ -13,6 +13,9 @@ struct INITCOMMONCONTROLSEX {
     DWORD dwICC;
 };
 inline constexpr DWORD ICC_BAR_CLASSES = 0x4;
+inline constexpr DWORD ICC_TAB_CLASSES = 0x8;
+inline constexpr DWORD ICC_UPDOWN_CLASS = 0x10;
+inline constexpr DWORD ICC_STANDARD_CLASSES = 0x4000;
 
 /// Makes the classes of the common controls known. \return FALSE for a wrong size.
 BOOL InitCommonControlsEx(const INITCOMMONCONTROLSEX* wanted) noexcept;

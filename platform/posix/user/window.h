@@ -4,6 +4,7 @@
 /// one; it is never held while a window's procedure runs. A Window* or Thread* is good only until
 /// the lock is let go: after each message the window is looked up again by its handle.
 
+#include <array>
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
@@ -60,9 +61,13 @@ struct Thread {
     HWND active = nullptr;
     HWND focus = nullptr;
     HWND capture = nullptr;
-    bool isWoken = false;  // something may have come since the queue was looked through
+    std::array<BYTE, 256> keys = {};  // 0x80: down
+    bool isWoken = false;             // something may have come since the queue was looked through
     std::condition_variable_any wake;
 };
+
+struct Dialog;
+struct SubclassChain;
 
 struct Window {
     HWND handle = nullptr;
@@ -86,6 +91,9 @@ struct Window {
     bool mustErase = false;
     bool isDestroying = false;
     std::shared_ptr<gdi::Surface> surface;  // of a window that is no child
+    std::shared_ptr<Dialog> dialog;         // of a dialog
+    std::shared_ptr<void> control;          // what a control of the system keeps
+    std::shared_ptr<SubclassChain> subclasses;
 };
 
 /// Null with ERROR_INVALID_WINDOW_HANDLE. The lock must be held.
@@ -116,7 +124,8 @@ ULONGLONG MonotonicMs() noexcept;
 /// The class that a module sees under a name or an atom; null if none.
 WindowClass* FindClass(HINSTANCE instance, LPCWSTR name) noexcept;
 /// Makes a class of the system, unless it is there.
-void RegisterSystemClass(LPCWSTR name, UINT style, WNDPROC procedure, int extraBytes) noexcept;
+void RegisterSystemClass(LPCWSTR name, UINT style, WNDPROC procedure, int extraBytes,
+                         HBRUSH background = nullptr) noexcept;
 
 /// The width of the frame at each side.
 RECT FrameOf(DWORD style, DWORD exStyle) noexcept;

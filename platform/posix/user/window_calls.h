@@ -48,6 +48,8 @@ LONG_PTR GetWindowLongPtrW(HWND window, int index) noexcept;
 /// \return the old value. A change of style sends WM_STYLECHANGING and WM_STYLECHANGED.
 LONG_PTR SetWindowLongPtrW(HWND window, int index, LONG_PTR value) noexcept;
 BOOL SetWindowTextW(HWND window, LPCWSTR text) noexcept;
+/// In the system's narrow code page.
+BOOL SetWindowTextA(HWND window, LPCSTR text) noexcept;
 /// \return the units written without the terminator.
 int GetWindowTextW(HWND window, LPWSTR buffer, int size) noexcept;
 int GetWindowTextLengthW(HWND window) noexcept;
@@ -76,6 +78,11 @@ int MapWindowPoints(HWND from, HWND to, POINT* points, UINT count) noexcept;
 /// Makes a client rectangle the window's, by its frame.
 BOOL AdjustWindowRectEx(RECT* rect, DWORD style, BOOL hasMenu, DWORD exStyle) noexcept;
 
+/// The screen, for any window; null for none if nothing else is wanted.
+HMONITOR MonitorFromWindow(HWND window, DWORD otherwise) noexcept;
+/// ERROR_INVALID_MONITOR_HANDLE; ERROR_INVALID_PARAMETER for a wrong size.
+BOOL GetMonitorInfoW(HMONITOR monitor, MONITORINFO* info) noexcept;
+
 // Showing, input.
 
 /// \return whether it was visible before.
@@ -95,6 +102,12 @@ HWND SetCapture(HWND window) noexcept;
 HWND GetCapture() noexcept;
 BOOL ReleaseCapture() noexcept;
 
+/// Below 0 if the key is down, as the messages of the calling thread's queue tell it.
+SHORT GetKeyState(int key) noexcept;
+/// Sets all 256 keys for the calling thread; 0x80 is down.
+BOOL SetKeyboardState(BYTE* keys) noexcept;
+BOOL GetKeyboardState(BYTE* keys) noexcept;
+
 // What has to be painted is kept as one rectangle of each window's client area.
 
 /// \param area  In the client area; null is all of it.
@@ -109,6 +122,9 @@ BOOL UpdateWindow(HWND window) noexcept;
 /// Runs the window's procedure on its own thread and gives its result; a caller of another thread
 /// waits, and answers what is sent to it meanwhile. 0 if the window goes before.
 LRESULT SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
+/// Texts of WM_SETTEXT, WM_GETTEXT and WM_GETTEXTLENGTH are in the system's narrow code page; other
+/// messages go as they are.
+LRESULT SendMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
 /// A null window means the calling thread.
 BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
 void PostQuitMessage(int exitCode) noexcept;

@@ -3,6 +3,7 @@
 #include "platform/posix/faults.h"
 #include "platform/posix/last_error.h"
 #include "platform/posix/module_table.h"
+#include "platform/posix/user/system_controls.h"
 #include "platform/posix/user/window.h"
 
 namespace platform::user {
@@ -53,6 +54,7 @@ ATOM Add(const WNDCLASSEXW& info) {
 
 WindowClass* FindClass(HINSTANCE instance, LPCWSTR name) noexcept {
     if (!name) return nullptr;
+    RegisterUserClasses();
     if (WindowClass* own = FindOwn(instance, name)) return own;
     for (const auto& known : Classes()) {
         if (known->info.style & CS_GLOBALCLASS && HasName(*known, name)) return known.get();
@@ -60,7 +62,8 @@ WindowClass* FindClass(HINSTANCE instance, LPCWSTR name) noexcept {
     return nullptr;
 }
 
-void RegisterSystemClass(LPCWSTR name, UINT style, WNDPROC procedure, int extraBytes) noexcept {
+void RegisterSystemClass(LPCWSTR name, UINT style, WNDPROC procedure, int extraBytes,
+                         HBRUSH background) noexcept {
     const Lock lock(UserLock());
     if (FindOwn(nullptr, name)) return;
     WNDCLASSEXW info{};
@@ -68,6 +71,7 @@ void RegisterSystemClass(LPCWSTR name, UINT style, WNDPROC procedure, int extraB
     info.style = style | CS_GLOBALCLASS;
     info.lpfnWndProc = procedure;
     info.cbWndExtra = extraBytes;
+    info.hbrBackground = background;
     info.lpszClassName = name;
     (void)Add(info);
 }

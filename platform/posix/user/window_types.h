@@ -89,6 +89,16 @@ struct MSG {
 };
 using LPMSG = MSG*;
 
+struct HMONITOR__;
+using HMONITOR = HMONITOR__*;
+
+struct MONITORINFO {
+    DWORD cbSize;
+    RECT rcMonitor;
+    RECT rcWork;
+    DWORD dwFlags;
+};
+
 struct NMHDR {
     HWND hwndFrom;
     UINT_PTR idFrom;
@@ -124,6 +134,7 @@ inline constexpr DWORD WS_CAPTION = WS_BORDER | WS_DLGFRAME;
 inline constexpr DWORD WS_CLIPCHILDREN = 0x02000000;
 inline constexpr DWORD WS_CLIPSIBLINGS = 0x04000000;
 inline constexpr DWORD WS_DISABLED = 0x08000000;
+inline constexpr DWORD WS_MINIMIZE = 0x20000000;
 inline constexpr DWORD WS_VISIBLE = 0x10000000;
 inline constexpr DWORD WS_CHILD = 0x40000000;
 inline constexpr DWORD WS_POPUP = 0x80000000;
@@ -135,6 +146,11 @@ inline constexpr DWORD WS_EX_CLIENTEDGE = 0x200;
 inline constexpr DWORD WS_EX_CONTROLPARENT = 0x10000;
 
 inline constexpr int CW_USEDEFAULT = static_cast<int>(0x80000000);
+
+// Monitors.
+inline constexpr DWORD MONITOR_DEFAULTTONULL = 0;
+inline constexpr DWORD MONITOR_DEFAULTTONEAREST = 2;
+inline constexpr DWORD MONITORINFOF_PRIMARY = 1;
 
 // Window words.
 inline constexpr int GWLP_WNDPROC = -4;
@@ -184,6 +200,7 @@ inline constexpr UINT WM_CLOSE = 0x0010;
 inline constexpr UINT WM_QUIT = 0x0012;
 inline constexpr UINT WM_ERASEBKGND = 0x0014;
 inline constexpr UINT WM_SHOWWINDOW = 0x0018;
+inline constexpr UINT WM_NEXTDLGCTL = 0x0028;
 inline constexpr UINT WM_VKEYTOITEM = 0x002E;
 inline constexpr UINT WM_CHARTOITEM = 0x002F;
 inline constexpr UINT WM_SETFONT = 0x0030;
@@ -202,6 +219,7 @@ inline constexpr UINT WM_GETDLGCODE = 0x0087;
 inline constexpr UINT WM_KEYDOWN = 0x0100;
 inline constexpr UINT WM_KEYUP = 0x0101;
 inline constexpr UINT WM_CHAR = 0x0102;
+inline constexpr UINT WM_SYSCHAR = 0x0106;
 inline constexpr UINT WM_INITDIALOG = 0x0110;
 inline constexpr UINT WM_COMMAND = 0x0111;
 inline constexpr UINT WM_TIMER = 0x0113;
@@ -209,6 +227,7 @@ inline constexpr UINT WM_HSCROLL = 0x0114;
 inline constexpr UINT WM_VSCROLL = 0x0115;
 inline constexpr UINT WM_INITMENU = 0x0116;
 inline constexpr UINT WM_INITMENUPOPUP = 0x0117;
+inline constexpr UINT WM_ENTERIDLE = 0x0121;
 inline constexpr UINT WM_CTLCOLORMSGBOX = 0x0132;
 inline constexpr UINT WM_CTLCOLORSTATIC = 0x0138;
 inline constexpr UINT WM_MOUSEMOVE = 0x0200;
@@ -230,9 +249,24 @@ inline constexpr UINT USER_TIMER_MINIMUM = 10;
 inline constexpr UINT PM_NOREMOVE = 0;
 inline constexpr UINT PM_REMOVE = 1;
 
+// Scrolling.
+inline constexpr WPARAM SB_THUMBPOSITION = 4;
+inline constexpr WPARAM SB_ENDSCROLL = 8;
+
 // Keys.
 inline constexpr WPARAM VK_BACK = 0x08;
 inline constexpr WPARAM VK_TAB = 0x09;
 inline constexpr WPARAM VK_RETURN = 0x0D;
+inline constexpr int VK_SHIFT = 0x10;
 inline constexpr WPARAM VK_ESCAPE = 0x1B;
 inline constexpr WPARAM VK_SPACE = 0x20;
+inline constexpr WPARAM VK_PRIOR = 0x21;
+inline constexpr WPARAM VK_NEXT = 0x22;
+inline constexpr WPARAM VK_END = 0x23;
+inline constexpr WPARAM VK_HOME = 0x24;
+inline constexpr WPARAM VK_LEFT = 0x25;
+inline constexpr WPARAM VK_UP = 0x26;
+inline constexpr WPARAM VK_RIGHT = 0x27;
+inline constexpr WPARAM VK_DOWN = 0x28;
+inline constexpr WPARAM VK_DELETE = 0x2E;
+inline constexpr WPARAM VK_F4 = 0x73;
