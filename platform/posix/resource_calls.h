@@ -13,6 +13,7 @@ using HRSRC = HRSRC__*;
 #define IS_INTRESOURCE(name) ((reinterpret_cast<ULONG_PTR>(name) >> 16) == 0)
 #define RT_BITMAP MAKEINTRESOURCEW(2)
 #define RT_MENU MAKEINTRESOURCEW(4)
+#define RT_DIALOG MAKEINTRESOURCEW(5)
 
 /// \param module      A loaded module, also one loaded as data; null is the program.
 /// \param name, type  A number (MAKEINTRESOURCEW), or a text in which the case of A to Z does not

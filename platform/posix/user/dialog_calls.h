@@ -3,12 +3,12 @@
 /// Dialogs made from compiled templates, as the system's dialog manager does it. Fonts are not
 /// drawn: their size alone counts, for the dialog units, and no WM_SETFONT is sent.
 
+#include "platform/posix/resource_calls.h"
 #include "platform/posix/user/window_calls.h"
 
 using DLGPROC = INT_PTR(CALLBACK*)(HWND, UINT, WPARAM, LPARAM);
 
 #define WC_DIALOG TEXT("#32770")
-#define RT_DIALOG (reinterpret_cast<LPCWSTR>(ULONG_PTR{5}))
 
 inline constexpr DWORD DS_ABSALIGN = 0x1;
 inline constexpr DWORD DS_SETFONT = 0x40;

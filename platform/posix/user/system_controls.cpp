@@ -16,6 +16,9 @@ void RegisterUserClasses() noexcept {
     RegisterEdit();
     RegisterStatic();
     RegisterComboBox();
+    // The system makes these known with the module that has them, before any program asks.
+    RegisterUpDown();
+    RegisterTabControl();
 }
 
 }  // namespace platform::user

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/posix/user/system_controls.h"
-
 namespace platform::user {
 namespace {
 
@@ -165,7 +163,5 @@ BOOL InitCommonControlsEx(const INITCOMMONCONTROLSEX* wanted) noexcept {
                                             platform::user::ToolbarProcedure,
                                             sizeof(platform::user::Toolbar*));
     }
-    if (wanted->dwICC & ICC_TAB_CLASSES) platform::user::RegisterTabControl();
-    if (wanted->dwICC & ICC_UPDOWN_CLASS) platform::user::RegisterUpDown();
     return TRUE;
 }

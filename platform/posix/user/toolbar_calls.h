@@ -17,7 +17,8 @@ inline constexpr DWORD ICC_TAB_CLASSES = 0x8;
 inline constexpr DWORD ICC_UPDOWN_CLASS = 0x10;
 inline constexpr DWORD ICC_STANDARD_CLASSES = 0x4000;
 
-/// Makes the classes of the common controls known. \return FALSE for a wrong size.
+/// Makes the classes of the common controls known. Those of up-downs and tab controls are in any
+/// case. \return FALSE for a wrong size.
 BOOL InitCommonControlsEx(const INITCOMMONCONTROLSEX* wanted) noexcept;
 
 struct TBBUTTON {
