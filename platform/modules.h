@@ -18,6 +18,10 @@ struct ModuleHandleTraits {
 /// Owns one use of a loaded module.
 using ModuleHandle = UniqueHandle<ModuleHandleTraits>;
 
+/// Gives up one use of a module on a thread of its own, for callers that may be called by the
+/// loader of modules. Natively at once: nothing is held there meanwhile.
+void FreeLibraryOnThread(HMODULE module) noexcept;
+
 /// Looks up an export under its function type; null if there is none.
 template <class Function>
 [[nodiscard]] Function* ProcedureOf(HMODULE module, const char* name) noexcept {

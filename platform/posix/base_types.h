@@ -77,6 +77,9 @@ struct SYSTEMTIME {
 union LARGE_INTEGER {
     LONGLONG QuadPart;
 };
+union ULARGE_INTEGER {
+    ULONGLONG QuadPart;
+};
 
 struct SECURITY_ATTRIBUTES {
     DWORD nLength;

@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "platform/posix/module_table.h"
+#include "platform/posix/xml/document.h"
 #include "platform/registry.h"
 #include "platform/shell.h"
 #include "platform/typeinfo.h"
@@ -18,6 +19,7 @@ struct BuiltInExport {
 
 const BuiltInExport kExports[] = {
     {TEXT("advapi32.dll"), "RegDeleteKeyExW", reinterpret_cast<void*>(&RegDeleteKeyExW)},
+    {TEXT("msxml6.dll"), "DllGetClassObject", reinterpret_cast<void*>(&GetXmlClass)},
     {TEXT("oleaut32.dll"), "RegisterTypeLibForUser",
      reinterpret_cast<void*>(&RegisterTypeLibForUser)},
     {TEXT("oleaut32.dll"), "UnRegisterTypeLibForUser",

@@ -48,6 +48,11 @@ HRESULT CoInitialize(LPVOID reserved) noexcept;
 HRESULT CoInitializeEx(LPVOID reserved, DWORD kind) noexcept;
 void CoUninitialize() noexcept;
 
+/// Gives the factory of a class. \param server  Null.
+/// \return as CoCreateInstance.
+HRESULT CoGetClassObject(REFCLSID classId, DWORD context, void* server, REFIID id,
+                         void** factory) noexcept;
+
 /// \param outer    Given to the class's factory.
 /// \param context  CLSCTX_INPROC_SERVER.
 /// \return CO_E_NOTINITIALIZED, REGDB_E_CLASSNOTREG, CO_E_DLLNOTFOUND (the registered module does

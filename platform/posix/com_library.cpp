@@ -92,6 +92,19 @@ void CoUninitialize() noexcept {
     if (platform::uses > 0) --platform::uses;
 }
 
+HRESULT CoGetClassObject(REFCLSID classId, DWORD context, void*, REFIID id,
+                         void** factory) noexcept {
+    using namespace platform;
+    if (!factory) return E_POINTER;
+    *factory = nullptr;
+    if (InjectFault("CoGetClassObject")) return REGDB_E_CLASSNOTREG;
+    if (uses == 0) return CO_E_NOTINITIALIZED;
+    if (!(context & CLSCTX_INPROC_SERVER)) return REGDB_E_CLASSNOTREG;
+    ComPtr<IClassFactory> found;
+    const HRESULT result = FindFactory(classId, found);
+    return SUCCEEDED(result) ? found->QueryInterface(id, factory) : result;
+}
+
 HRESULT CoCreateInstance(REFCLSID classId, IUnknown* outer, DWORD context, REFIID id,
                          void** object) noexcept {
     using namespace platform;

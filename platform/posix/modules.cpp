@@ -313,3 +313,9 @@ DWORD GetModuleFileNameW(HMODULE handle, LPWSTR buffer, DWORD size) noexcept {
     SetLastError(ERROR_INSUFFICIENT_BUFFER);
     return size;
 }
+
+namespace platform {
+
+void FreeLibraryOnThread(HMODULE module) noexcept { (void)FreeLibrary(module); }
+
+}  // namespace platform

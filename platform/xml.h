@@ -1,0 +1,35 @@
+#pragma once
+
+/// XML documents: parsed, searched by XPath, and put together.
+
+#include "platform/automation.h"
+#include "platform/com_stream.h"
+
+#ifdef _WIN32
+
+#include <msxml2.h>
+
+// The headers have the interfaces, but bind no ids to them.
+__CRT_UUID_DECL(IXMLDOMNode, 0x2933BF80, 0x7B36, 0x11D2, 0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E,
+                0x60)
+__CRT_UUID_DECL(IXMLDOMDocument2, 0x2933BF95, 0x7B36, 0x11D2, 0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98,
+                0x3E, 0x60)
+__CRT_UUID_DECL(IXMLDOMElement, 0x2933BF86, 0x7B36, 0x11D2, 0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98,
+                0x3E, 0x60)
+
+#else
+
+#include "platform/posix/xml_types.h"
+
+#endif
+
+namespace platform {
+
+/// The class of documents in msxml6.dll.
+inline constexpr CLSID kDomDocument60 = {
+    0x88D96A05, 0xF192, 0x11D4, {0xA6, 0x5F, 0x00, 0x40, 0x96, 0x32, 0x51, 0xE5}};
+/// The class of documents in msxml3.dll.
+inline constexpr CLSID kDomDocument30 = {
+    0xF5078F32, 0xC551, 0x11D3, {0x89, 0xB9, 0x00, 0x00, 0xF8, 0x1F, 0xE2, 0x21}};
+
+}  // namespace platform
