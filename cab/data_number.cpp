@@ -104,7 +104,8 @@ bool DataNumber<Value, kKind>::SetOwn(Value newValue) noexcept {
 template <class Value, Kind kKind>
 bool DataNumber<Value, kKind>::SetNamed(WStringView name, bool& isSet) noexcept {
     const ValueSpec* const values = Values();
-    const double* const number = values && values->names ? values->names->Find(name) : nullptr;
+    const NamedTable* const names = values ? values->Names() : nullptr;
+    const double* const number = names ? names->Find(name) : nullptr;
     if (!number) return false;
     Value converted{};
     isSet = ConvertExactly(*number, converted) && SetOwn(converted);
@@ -131,7 +132,8 @@ bool DataNumber<Value, kKind>::SetString(WString& text, bool) noexcept {
 template <class Value, Kind kKind>
 const WCHAR* DataNumber<Value, kKind>::GetValueName() noexcept {
     const ValueSpec* const values = Values();
-    return values && values->names ? values->names->NameOf(static_cast<double>(value)) : nullptr;
+    const NamedTable* const names = values ? values->Names() : nullptr;
+    return names ? names->NameOf(static_cast<double>(value)) : nullptr;
 }
 
 template <class Value, Kind kKind>

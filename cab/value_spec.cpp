@@ -12,7 +12,8 @@ bool IsMark(const NumberRange& range, const NumberRange& mark) noexcept {
 }  // namespace
 
 bool ValueSpec::Accepts(double number) const noexcept {
-    if (list == RangeList::None || (names && names->NameOf(number))) return true;
+    if (list == RangeList::None) return true;
+    if (const NamedTable* const table = Names(); table && table->NameOf(number)) return true;
     bool isExclusive = list == RangeList::OnlyExclusive;
     bool isIncluded = isExclusive;
     for (const NumberRange* range = Ranges(); !IsMark(*range, kRangeEnd); ++range) {

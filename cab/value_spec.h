@@ -26,8 +26,13 @@ enum class RangeList : std::uint32_t { None = 0, Inclusive = 1, OnlyExclusive = 
 /// Behind it lie the inclusive ranges, kRangeSeparator if both sorts exist, the exclusive ranges,
 /// and kRangeEnd. Read by any thread.
 struct ValueSpec {
-    const NamedTable* names;  ///< May be null.
+    NamedTableWord* names;  ///< May be null.
     RangeList list;
+
+    /// Null if there are none.
+    [[nodiscard]] const NamedTable* Names() const noexcept {
+        return names ? TableOf(*names) : nullptr;
+    }
 
     [[nodiscard]] const NumberRange* Ranges() const noexcept {
         return reinterpret_cast<const NumberRange*>(this + 1);

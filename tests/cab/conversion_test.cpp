@@ -1,10 +1,14 @@
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "cab/notice.h"
+#include "platform/gathered.h"
 #include "tests/cab/bag_support.h"
 #include "tests/support/case_table.h"
 
@@ -135,13 +139,37 @@ struct Ranges {
     NumberRange ranges[4];
 };
 
+constexpr StaticNamedTable<3> kSizes = {
+    {TEXT("g_Sizes"), nullptr},
+    {{TEXT("small"), 1}, {TEXT("large"), 2.5}, {nullptr, 0}},
+};
+QVD_NAMED_TABLE_WORD constinit NamedTableWord sizesWord(&kSizes);
+
+TEST(NamedTable, IsBuiltOnceFromWhatCodeDeclares) {
+    EXPECT_FALSE(FindStaticTable(TEXT("g_Sizes")));
+    NamedTableWord* const word = FindStaticTable(TEXT("Sizes"));
+    ASSERT_EQ(word, &sizesWord);
+    std::vector<const NamedTable*> seen(8);
+    std::vector<std::thread> threads;
+    for (const NamedTable*& place : seen) threads.emplace_back([&] { place = TableOf(*word); });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(std::count(seen.begin(), seen.end(), seen[0]), 8);
+    ASSERT_TRUE(seen[0]);
+    ASSERT_TRUE(seen[0]->Find(TEXT("large")));
+    EXPECT_EQ(*seen[0]->Find(TEXT("large")), 2.5);
+    EXPECT_EQ(FindStaticTable(TEXT("Sizes")), word) << "built or not";
+    FreeTable(*word);
+    EXPECT_EQ(word->load(), &kSizes);
+}
+
 TEST(ValueSpec, AsksNamesThenRanges) {
     NamedTable names;
     ASSERT_TRUE(names.Add(TEXT("far"), 99) && names.Add(TEXT("one"), 7));
     ASSERT_TRUE(names.Add(TEXT("one"), 1) && names.Add(TEXT("uno"), 1));
-    const Ranges both = {{&names, RangeList::Inclusive},
+    NamedTableWord word(WordFor(&names));
+    const Ranges both = {{&word, RangeList::Inclusive},
                          {{0, 10}, kRangeSeparator, {5, 6}, kRangeEnd}};
-    const Ranges only = {{&names, RangeList::OnlyExclusive}, {{5, 6}, {99, 99}, kRangeEnd, {}}};
+    const Ranges only = {{&word, RangeList::OnlyExclusive}, {{5, 6}, {99, 99}, kRangeEnd, {}}};
     const struct {
         double number;
         bool both, only;
