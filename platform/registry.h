@@ -10,8 +10,10 @@
 ///   never replaced. ERROR_DISK_FULL leaves the old content. CheckProfile (platform/profile.h)
 ///   says in words what is wrong.
 
-#include "platform/base.h"
-#ifndef _WIN32
+#include "platform/handles.h"
+#ifdef _WIN32
+#include <ktmw32.h>
+#else
 #include "platform/posix/registry_types.h"
 #endif
 #include "platform/unique_handle.h"
@@ -26,5 +28,9 @@ struct RegistryKeyTraits {
 
 /// An open registry key.
 using RegistryKey = UniqueHandle<RegistryKeyTraits>;
+
+/// A transaction over the registry, undone at the end unless committed; INVALID_HANDLE_VALUE is
+/// none.
+using TransactionHandle = UniqueHandle<FileHandleTraits>;
 
 }  // namespace platform

@@ -25,6 +25,8 @@ int MessageBoxW(HWND owner, LPCWSTR text, LPCWSTR caption, UINT type) noexcept;
 /// Turns a terminated text into capitals where it stands, or gives the capital of the single
 /// character that stands in place of the pointer.
 LPWSTR CharUpperW(LPWSTR text) noexcept;
+/// Turns `length` units into capitals where they stand. \return `length`.
+DWORD CharUpperBuffW(LPWSTR text, DWORD length) noexcept;
 
 #define IDC_ARROW (reinterpret_cast<LPCWSTR>(UINT_PTR{32512}))
 #define IDC_WAIT (reinterpret_cast<LPCWSTR>(UINT_PTR{32514}))

@@ -10,7 +10,7 @@
 
 namespace platform {
 
-enum class KernelObjectKind { File, Find, Mapping, Waitable, Process, Token };
+enum class KernelObjectKind { File, Find, Mapping, Waitable, Process, Token, Transaction };
 
 /// Base of everything that a handle can name. Starts with one reference, which the maker holds.
 /// A derived class names its kind as `kKind`.

@@ -89,6 +89,12 @@ LPWSTR StrStrIW(LPCWSTR text, LPCWSTR sought) noexcept {
     return at == WideString::npos ? nullptr : const_cast<LPWSTR>(text) + at;
 }
 
+DWORD CharUpperBuffW(LPWSTR text, DWORD length) noexcept {
+    const platform::WideString upper = platform::FoldCase({text, length});
+    upper.copy(text, length);
+    return length;
+}
+
 LPWSTR CharUpperW(LPWSTR text) noexcept {
     using namespace platform;
     const auto value = reinterpret_cast<UINT_PTR>(text);

@@ -5,8 +5,8 @@
 #include "platform/posix/faults.h"
 #include "platform/posix/registry_store.h"
 
-using platform::KeyId;
 using platform::KeyPlace;
+using platform::KeyRef;
 using platform::RegistryStore;
 using platform::WideView;
 
@@ -36,6 +36,14 @@ void TerminateText(BYTE* data, DWORD size, DWORD room) {
     data[size + 1] = 0;
 }
 
+LSTATUS GiveName(const platform::WideString& found, LPWSTR name, LPDWORD length) {
+    if (found.size() >= *length) return ERROR_MORE_DATA;
+    found.copy(name, found.size());
+    name[found.size()] = 0;
+    *length = static_cast<DWORD>(found.size());
+    return ERROR_SUCCESS;
+}
+
 }  // namespace
 
 LSTATUS RegOpenKeyExW(HKEY key, LPCWSTR path, DWORD, REGSAM access, PHKEY result) noexcept {
@@ -60,7 +68,7 @@ LSTATUS RegCreateKeyExW(HKEY key, LPCWSTR path, DWORD reserved, LPWSTR, DWORD op
     RegistryStore& store = RegistryStore::Instance();
     const std::lock_guard guard(store.lock);
     KeyPlace place;
-    KeyId base = 0;
+    KeyRef base;
     bool created = false;
     store.Prepare(access);
     // Nothing needs to stand below the classes for a key to be made there.
@@ -79,13 +87,13 @@ LSTATUS RegQueryValueExW(HKEY key, LPCWSTR name, LPDWORD reserved, LPDWORD type,
     if (reserved || (data && !size)) return ERROR_INVALID_PARAMETER;
     RegistryStore& store = RegistryStore::Instance();
     const std::lock_guard guard(store.lock);
-    KeyId id = 0;
-    LSTATUS status = store.Resolve(key, KEY_QUERY_VALUE, id);
+    KeyRef found;
+    LSTATUS status = store.Resolve(key, KEY_QUERY_VALUE, found);
     if (status != ERROR_SUCCESS) return status;
     const DWORD room = data ? *size : 0;
     DWORD valueType = 0;
     DWORD valueSize = room;
-    status = store.ReadValue(id, NameOf(name), valueType, data, valueSize);
+    status = found.tree->ReadValue(found.key, NameOf(name), valueType, data, valueSize);
     if (status != ERROR_SUCCESS && status != ERROR_MORE_DATA) return status;
     if (type) *type = valueType;
     if (size) *size = valueSize;
@@ -99,29 +107,35 @@ LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD, DWORD type, const BYTE* da
     if (!data && size) return ERROR_NOACCESS;
     RegistryStore& store = RegistryStore::Instance();
     const std::lock_guard guard(store.lock);
-    KeyId id = 0;
-    const LSTATUS status = store.Resolve(key, KEY_SET_VALUE, id);
-    return status == ERROR_SUCCESS ? store.WriteValue(id, NameOf(name), type, data, size) : status;
+    KeyRef found;
+    LSTATUS status = store.AwaitTurn(key);
+    if (status == ERROR_SUCCESS) status = store.Resolve(key, KEY_SET_VALUE, found);
+    return status == ERROR_SUCCESS
+               ? found.tree->WriteValue(found.key, NameOf(name), type, data, size)
+               : status;
 }
 
 LSTATUS RegDeleteValueW(HKEY key, LPCWSTR name) noexcept {
     if (const LSTATUS error = Injected("RegDeleteValueW"); error != ERROR_SUCCESS) return error;
     RegistryStore& store = RegistryStore::Instance();
     const std::lock_guard guard(store.lock);
-    KeyId id = 0;
-    const LSTATUS status = store.Resolve(key, KEY_SET_VALUE, id);
-    return status == ERROR_SUCCESS ? store.DeleteValue(id, NameOf(name)) : status;
+    KeyRef found;
+    LSTATUS status = store.AwaitTurn(key);
+    if (status == ERROR_SUCCESS) status = store.Resolve(key, KEY_SET_VALUE, found);
+    return status == ERROR_SUCCESS ? found.tree->DeleteValue(found.key, NameOf(name)) : status;
 }
 
 LSTATUS RegDeleteTreeW(HKEY key, LPCWSTR path) noexcept {
+    if (const LSTATUS error = Injected("RegDeleteTreeW"); error != ERROR_SUCCESS) return error;
     if (path && path[0] == u'\\') return ERROR_BAD_PATHNAME;
     RegistryStore& store = RegistryStore::Instance();
     const std::lock_guard guard(store.lock);
     const bool keepKey = NameOf(path).empty();
     KeyPlace place;
-    LSTATUS status = store.Find(key, NameOf(path), place);
+    LSTATUS status = store.AwaitTurn(key);
+    if (status == ERROR_SUCCESS) status = store.Find(key, NameOf(path), place);
     if (status == ERROR_SUCCESS) status = store.CheckAccess(KEY_ALL_ACCESS);
-    return status == ERROR_SUCCESS ? store.DeleteTree(place.key, keepKey) : status;
+    return status == ERROR_SUCCESS ? store.TreeOf(place).DeleteTree(place.key, keepKey) : status;
 }
 
 LSTATUS RegDeleteKeyW(HKEY key, LPCWSTR path) noexcept {
@@ -131,9 +145,10 @@ LSTATUS RegDeleteKeyW(HKEY key, LPCWSTR path) noexcept {
     RegistryStore& store = RegistryStore::Instance();
     const std::lock_guard guard(store.lock);
     KeyPlace place;
-    LSTATUS status = store.Find(key, path, place);
+    LSTATUS status = store.AwaitTurn(key);
+    if (status == ERROR_SUCCESS) status = store.Find(key, path, place);
     if (status == ERROR_SUCCESS) status = store.CheckAccess(KEY_ALL_ACCESS);
-    return status == ERROR_SUCCESS ? store.DeleteEmptyKey(place.key) : status;
+    return status == ERROR_SUCCESS ? store.TreeOf(place).DeleteEmptyKey(place.key) : status;
 }
 
 LSTATUS RegDeleteKeyExW(HKEY key, LPCWSTR path, REGSAM view, DWORD reserved) noexcept {
@@ -147,16 +162,32 @@ LSTATUS RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, LPDWORD length, LPDWOR
     if (keyClass || classLength || lastWritten) return ERROR_NOT_SUPPORTED;
     RegistryStore& store = RegistryStore::Instance();
     const std::lock_guard guard(store.lock);
-    KeyId id = 0;
+    KeyRef parent;
     platform::WideString found;
-    LSTATUS status = store.Resolve(key, KEY_ENUMERATE_SUB_KEYS, id);
-    if (status == ERROR_SUCCESS) status = store.ReadChildName(id, index, found);
+    LSTATUS status = store.Resolve(key, KEY_ENUMERATE_SUB_KEYS, parent);
+    if (status == ERROR_SUCCESS) status = parent.tree->ReadChildName(parent.key, index, found);
+    return status == ERROR_SUCCESS ? GiveName(found, name, length) : status;
+}
+
+LSTATUS RegEnumValueW(HKEY key, DWORD index, LPWSTR name, LPDWORD length, LPDWORD reserved,
+                      LPDWORD type, LPBYTE data, LPDWORD size) noexcept {
+    if (const LSTATUS error = Injected("RegEnumValueW"); error != ERROR_SUCCESS) return error;
+    if (!name || !length || reserved || (data && !size)) return ERROR_INVALID_PARAMETER;
+    RegistryStore& store = RegistryStore::Instance();
+    const std::lock_guard guard(store.lock);
+    KeyRef parent;
+    LSTATUS status = store.Resolve(key, KEY_QUERY_VALUE, parent);
     if (status != ERROR_SUCCESS) return status;
-    if (found.size() >= *length) return ERROR_MORE_DATA;
-    found.copy(name, found.size());
-    name[found.size()] = 0;
-    *length = static_cast<DWORD>(found.size());
-    return ERROR_SUCCESS;
+    const DWORD room = data ? *size : 0;
+    DWORD valueSize = room;
+    platform::FoundValue found;
+    status = parent.tree->ReadValueAt(parent.key, index, found, data, valueSize);
+    if (status != ERROR_SUCCESS && status != ERROR_MORE_DATA) return status;
+    if (type) *type = found.type;
+    if (size) *size = valueSize;
+    if (status != ERROR_SUCCESS) return status;
+    if (data && IsText(found.type)) TerminateText(data, valueSize, room);
+    return GiveName(found.name, name, length);
 }
 
 LSTATUS RegQueryInfoKeyW(HKEY key, LPWSTR keyClass, LPDWORD classLength, LPDWORD reserved,
@@ -165,25 +196,27 @@ LSTATUS RegQueryInfoKeyW(HKEY key, LPWSTR keyClass, LPDWORD classLength, LPDWORD
                          LPDWORD securityLength, FILETIME* lastWritten) noexcept {
     if (const LSTATUS error = Injected("RegQueryInfoKeyW"); error != ERROR_SUCCESS) return error;
     if (reserved) return ERROR_INVALID_PARAMETER;
-    if (keyClass || classLength || longestSubkey || longestClass || longestName || longestData ||
-        securityLength) {
+    if (keyClass || classLength || longestSubkey || longestClass || securityLength) {
         return ERROR_NOT_SUPPORTED;
     }
     RegistryStore& store = RegistryStore::Instance();
     const std::lock_guard guard(store.lock);
-    KeyId id = 0;
-    LSTATUS status = store.Resolve(key, KEY_QUERY_VALUE, id);
+    KeyRef found;
+    LSTATUS status = store.Resolve(key, KEY_QUERY_VALUE, found);
     if (status != ERROR_SUCCESS) return status;
-    std::int64_t written = 0;
-    DWORD subkeyCount = 0;
-    DWORD valueCount = 0;
-    status = store.ReadKeyInfo(id, written, subkeyCount, valueCount);
+    platform::KeyInfo info;
+    // The time alone is asked for often, and of keys with many values.
+    const bool isTimeOnly = !subkeys && !values && !longestName && !longestData;
+    status = isTimeOnly ? found.tree->ReadTime(found.key, info.written)
+                        : found.tree->ReadInfo(found.key, info);
     if (status != ERROR_SUCCESS) return status;
-    if (subkeys) *subkeys = subkeyCount;
-    if (values) *values = valueCount;
+    if (subkeys) *subkeys = info.subkeys;
+    if (values) *values = info.values;
+    if (longestName) *longestName = info.longestName;
+    if (longestData) *longestData = info.longestData;
     if (lastWritten) {
-        lastWritten->dwLowDateTime = static_cast<DWORD>(written);
-        lastWritten->dwHighDateTime = static_cast<DWORD>(written >> 32);
+        lastWritten->dwLowDateTime = static_cast<DWORD>(info.written);
+        lastWritten->dwHighDateTime = static_cast<DWORD>(info.written >> 32);
     }
     return ERROR_SUCCESS;
 }

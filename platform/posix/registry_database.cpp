@@ -299,16 +299,34 @@ const void* Statement::Bytes(int column, DWORD& size) const {
     return bytes;
 }
 
-Transaction::Transaction(RegistryDatabase& database, Kind kind) : database_(database) {
-    status_ = Statement(database, kind == Kind::Writing ? Query::BeginWriting : Query::Begin).Run();
+Transaction::Transaction(RegistryDatabase& database, Kind kind)
+    : database_(database),
+      isStep_(sqlite3_get_autocommit(database.Connection()) == 0),
+      kind_(kind) {
+    const bool isWriting = kind == Kind::Writing;
+    if (isStep_ && !isWriting) return;
+    const Query begin = isStep_ ? Query::Savepoint : isWriting ? Query::BeginWriting : Query::Begin;
+    status_ = Statement(database, begin).Run();
 }
 
 Transaction::~Transaction() {
+    if (isCommitted_ || status_ != ERROR_SUCCESS || (isStep_ && kind_ == Kind::Reading)) return;
     // Some errors (a full disk) have rolled back already.
     if (sqlite3_get_autocommit(database_.Connection())) return;
-    (void)Statement(database_, Query::Rollback).Run();
+    if (!isStep_) {
+        (void)Statement(database_, Query::Rollback).Run();
+        return;
+    }
+    (void)Statement(database_, Query::RollbackToSavepoint).Run();
+    (void)Statement(database_, Query::ReleaseSavepoint).Run();
 }
 
-LSTATUS Transaction::Commit() { return Statement(database_, Query::Commit).Run(); }
+LSTATUS Transaction::Commit() {
+    if (isStep_ && kind_ == Kind::Reading) return ERROR_SUCCESS;
+    const LSTATUS status =
+        Statement(database_, isStep_ ? Query::ReleaseSavepoint : Query::Commit).Run();
+    isCommitted_ = status == ERROR_SUCCESS;
+    return status;
+}
 
 }  // namespace platform

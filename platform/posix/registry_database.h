@@ -16,6 +16,10 @@ enum class Query {
     BeginWriting,
     Commit,
     Rollback,
+    Savepoint,
+    ReleaseSavepoint,
+    RollbackToSavepoint,
+    KeepPages,
     FindKey,
     KeyExists,
     AddKey,
@@ -28,7 +32,11 @@ enum class Query {
     DeleteKeysBelow,
     DeleteValuesOf,
     DeleteKey,
-    ChildName,
+    ChildAt,
+    NextChild,
+    ValueAt,
+    NextValue,
+    KeyTime,
     KeyInfo,
     Count,
 };
@@ -142,7 +150,8 @@ private:
     bool bound_ = true;
 };
 
-/// A transaction: rolled back unless committed.
+/// A change that takes effect as a whole, or a reading of one state: rolled back unless committed.
+/// Where the connection is in a transaction already, a step of that.
 class Transaction {
 public:
     enum class Kind { Reading, Writing };
@@ -158,7 +167,10 @@ public:
 
 private:
     RegistryDatabase& database_;
-    LSTATUS status_;
+    const bool isStep_;
+    const Kind kind_;
+    LSTATUS status_ = ERROR_SUCCESS;
+    bool isCommitted_ = false;
 };
 
 }  // namespace platform

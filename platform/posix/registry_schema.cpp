@@ -46,6 +46,14 @@ const char* QueryText(Query query) {
             return "COMMIT";
         case Query::Rollback:
             return "ROLLBACK";
+        case Query::Savepoint:
+            return "SAVEPOINT step";
+        case Query::ReleaseSavepoint:
+            return "RELEASE step";
+        case Query::RollbackToSavepoint:
+            return "ROLLBACK TO step";
+        case Query::KeepPages:
+            return "PRAGMA cache_spill = OFF";
         case Query::FindKey:
             return "SELECT id FROM keys WHERE parent = ?1 AND folded = ?2";
         case Query::KeyExists:
@@ -79,11 +87,26 @@ const char* QueryText(Query query) {
             return "DELETE FROM vals WHERE key = ?1";
         case Query::DeleteKey:
             return "DELETE FROM keys WHERE id = ?1";
-        case Query::ChildName:
-            return "SELECT name FROM keys WHERE parent = ?1 ORDER BY folded LIMIT 1 OFFSET ?2";
+        case Query::ChildAt:
+            return "SELECT folded, name FROM keys WHERE parent = ?1 "
+                   "ORDER BY folded LIMIT 1 OFFSET ?2";
+        case Query::NextChild:
+            return "SELECT folded, name FROM keys WHERE parent = ?1 AND folded > ?2 "
+                   "ORDER BY folded LIMIT 1";
+        case Query::ValueAt:
+            return "SELECT folded, name, type, data FROM vals WHERE key = ?1 "
+                   "ORDER BY folded LIMIT 1 OFFSET ?2";
+        case Query::NextValue:
+            return "SELECT folded, name, type, data FROM vals WHERE key = ?1 AND folded > ?2 "
+                   "ORDER BY folded LIMIT 1";
+        case Query::KeyTime:
+            return "SELECT written FROM keys WHERE id = ?1";
         case Query::KeyInfo:
             return "SELECT written, (SELECT count(*) FROM keys AS k WHERE k.parent = keys.id), "
-                   "(SELECT count(*) FROM vals WHERE vals.key = keys.id) FROM keys WHERE id = ?1";
+                   "count(vals.key), max(ifnull(length(vals.name), 0)), "
+                   "max(ifnull(length(vals.data), 0)) "
+                   "FROM keys LEFT JOIN vals ON vals.key = keys.id WHERE keys.id = ?1 "
+                   "GROUP BY keys.id";
         case Query::Count:
             break;
     }

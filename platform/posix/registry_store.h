@@ -1,37 +1,47 @@
 #pragma once
 
+#include <condition_variable>
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <unordered_map>
 
 #include "platform/posix/registry_database.h"
+#include "platform/posix/registry_transaction.h"
+#include "platform/posix/registry_tree.h"
 #include "platform/registry.h"
 
 namespace platform {
 
-using KeyId = std::int64_t;
+/// A key, and the tree that its handle sees it in.
+struct KeyRef {
+    RegistryTree* tree = nullptr;
+    KeyId key = 0;
+};
 
 /// A key that was found or made by its path.
 struct KeyPlace {
     KeyId key = 0;
     std::optional<WideString> classPath;  // below HKEY_CLASSES_ROOT, if it was reached through that
+    std::shared_ptr<RegistryTransaction> transaction;  // null outside of one
 };
 
-/// The registry of this process: the connection to the profile's file and the open handles. One
-/// connection, guarded by `lock`, since a handle may be used from any thread and a call takes
-/// microseconds; the caller holds `lock` over each operation. It opens at the first use, and anew
-/// when the file was replaced.
+/// The registry of this process: the connection to the profile's file, the open handles, and the
+/// transaction under way, if there is one. One connection outside of transactions, guarded by
+/// `lock`, since a handle may be used from any thread and a call takes microseconds; the caller
+/// holds `lock` over each operation. It opens at the first use, and anew when the file was
+/// replaced.
 class RegistryStore {
 public:
     static RegistryStore& Instance();
 
     std::mutex lock;
 
-    /// What a handle stands for, checked: it is open, its key is in the present file, and it was
-    /// opened with all of `access`. Roots have every access.
-    LSTATUS Resolve(HKEY handle, REGSAM access, KeyId& key);
+    /// What a handle stands for, checked: it is open, its key is in the present file or its
+    /// transaction is active, and it was opened with all of `access`. Roots have every access.
+    LSTATUS Resolve(HKEY handle, REGSAM access, KeyRef& key);
 
     /// Before a key is opened for writing: if only reading was possible so far, the next call
     /// opens the file anew.
@@ -41,6 +51,11 @@ public:
     /// reading is possible.
     LSTATUS CheckAccess(REGSAM access);
 
+    /// Before a change through `handle`: waits for the end of another thread's transaction, with
+    /// the lock given up meanwhile. \return ERROR_TRANSACTIONAL_CONFLICT if that would be this
+    ///     thread's own, which nobody could end; ERROR_BUSY after ten seconds.
+    LSTATUS AwaitTurn(HKEY handle);
+
     HKEY AddHandle(KeyPlace place, REGSAM access);
     LSTATUS CloseHandle(HKEY handle);
 
@@ -48,20 +63,19 @@ public:
     LSTATUS Find(HKEY base, WideView path, KeyPlace& place);
     /// The same, and makes what is missing of the path.
     LSTATUS Create(HKEY base, WideView path, KeyPlace& place, bool& created);
-    LSTATUS DeleteTree(KeyId key, bool keepKey);
-    /// ERROR_ACCESS_DENIED if the key has subkeys.
-    LSTATUS DeleteEmptyKey(KeyId key);
-    /// The name of a subkey by its place in the alphabet, or ERROR_NO_MORE_ITEMS.
-    LSTATUS ReadChildName(KeyId key, DWORD index, WideString& name);
-    LSTATUS ReadKeyInfo(KeyId key, std::int64_t& written, DWORD& subkeys, DWORD& values);
+    /// The same within a transaction, which begins with its first key.
+    LSTATUS CreateIn(const std::shared_ptr<RegistryTransaction>& transaction, HKEY base,
+                     WideView path, KeyPlace& place, bool& created);
+    /// The tree that a place was found in.
+    [[nodiscard]] RegistryTree& TreeOf(const KeyPlace& place);
 
-    /// `data` and `size` as RegQueryValueExW has them; a null `data` reads only type and size.
-    LSTATUS ReadValue(KeyId key, WideView name, DWORD& type, BYTE* data, DWORD& size);
-    LSTATUS WriteValue(KeyId key, WideView name, DWORD type, const BYTE* data, DWORD size);
-    LSTATUS DeleteValue(KeyId key, WideView name);
+    /// Both take the lock themselves.
+    LSTATUS CommitTransaction(RegistryTransaction& transaction);
+    /// Rolls back what is not committed. \return the state that it ended in.
+    RegistryTransaction::State EndTransaction(RegistryTransaction& transaction);
 
-    /// Closes the file and all handles; the next call opens the profile that is then current.
-    /// Takes the lock itself.
+    /// Closes the file and all handles, and undoes a transaction; the next call opens the profile
+    /// that is then current. Takes the lock itself.
     void Reset();
 
 private:
@@ -70,22 +84,27 @@ private:
         REGSAM access;
         std::uint32_t generation;
     };
+    using TransactionPtr = std::shared_ptr<RegistryTransaction>;
 
     LSTATUS EnsureOpen();
+    LSTATUS WaitFor(const RegistryTransaction* own);
+    const Handle* HandleOf(HKEY handle) const;
+    TransactionPtr TransactionOf(HKEY handle) const;
     std::optional<WideString> ClassPath(HKEY base, WideView path) const;
-    LSTATUS FindPath(KeyId start, WideView path, KeyId& key);
-    LSTATUS CreatePath(KeyId start, WideView path, KeyId& key, bool& created);
-    LSTATUS FindChild(KeyId parent, WideView name, KeyId& key);
-    LSTATUS AddChild(KeyId parent, WideView name, KeyId& key);
-    LSTATUS Touch(KeyId key);
-    LSTATUS TouchParent(KeyId key);
-    LSTATUS MissingOrDeleted(KeyId key);
+    LSTATUS RootIn(RegistryTree& tree, HKEY root, KeyId& key);
+    LSTATUS FindClass(RegistryTree& tree, const WideString& path, KeyId& key);
+    LSTATUS BaseIn(const TransactionPtr& transaction, HKEY base, KeyPlace& place);
+    LSTATUS MakeIn(RegistryTree& tree, WideView path, KeyPlace& place, bool& created);
+    void Ended(const RegistryTransaction& transaction);
 
     RegistryDatabase database_;
+    RegistryTree tree_{database_};
     std::unordered_map<std::uintptr_t, Handle> handles_;
     std::uintptr_t nextHandle_ = 0x100;
     FileIdentity identity_;
     std::uint32_t generation_ = 0;
+    TransactionPtr active_;  // the one that holds the write lock
+    std::condition_variable ended_;
 };
 
 }  // namespace platform

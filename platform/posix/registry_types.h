@@ -86,13 +86,42 @@ LSTATUS RegDeleteKeyExW(HKEY key, LPCWSTR path, REGSAM view, DWORD reserved) noe
 LSTATUS RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, LPDWORD length, LPDWORD reserved,
                       LPWSTR keyClass, LPDWORD classLength, FILETIME* lastWritten) noexcept;
 
-/// Counts and the time of the last change: each creation or deletion of a direct subkey and each
-/// writing or deletion of a value moves it forward, strictly. Of the out-parameters only
-/// `subkeys`, `values` and `lastWritten` are served; the others must be null
-/// (ERROR_NOT_SUPPORTED).
+/// The value at a place in the alphabet, the unnamed one first. `*length` is as RegEnumKeyExW has
+/// it; `*size` and the terminator of texts as RegQueryValueExW. `data` may be null.
+/// \return ERROR_NO_MORE_ITEMS behind the last one, ERROR_MORE_DATA without room.
+LSTATUS RegEnumValueW(HKEY key, DWORD index, LPWSTR name, LPDWORD length, LPDWORD reserved,
+                      LPDWORD type, LPBYTE data, LPDWORD size) noexcept;
+
+/// Counts, greatest lengths and the time of the last change: each creation or deletion of a direct
+/// subkey and each writing or deletion of a value moves it forward, strictly. Lengths of names are
+/// units, of data bytes. Class, security and the subkeys' lengths are not served: those must be
+/// null (ERROR_NOT_SUPPORTED).
 LSTATUS RegQueryInfoKeyW(HKEY key, LPWSTR keyClass, LPDWORD classLength, LPDWORD reserved,
                          LPDWORD subkeys, LPDWORD longestSubkey, LPDWORD longestClass,
                          LPDWORD values, LPDWORD longestName, LPDWORD longestData,
                          LPDWORD securityLength, FILETIME* lastWritten) noexcept;
 
 LSTATUS RegCloseKey(HKEY key) noexcept;
+
+/// Makes a transaction for RegCreateKeyTransactedW; CloseHandle gives it back, and undoes it if it
+/// was not committed. All arguments but the description are null or 0.
+/// \return INVALID_HANDLE_VALUE on failure.
+HANDLE CreateTransaction(SECURITY_ATTRIBUTES* security, GUID* unitOfWork, DWORD options,
+                         DWORD isolationLevel, DWORD isolationFlags, DWORD timeoutMs,
+                         LPWSTR description) noexcept;
+/// Makes the changes of a transaction last and visible, all or none: on failure they are undone.
+/// \return FALSE with ERROR_TRANSACTION_ALREADY_ABORTED or ERROR_TRANSACTION_ALREADY_COMMITTED.
+BOOL CommitTransaction(HANDLE transaction) noexcept;
+BOOL RollbackTransaction(HANDLE transaction) noexcept;
+
+/// As RegCreateKeyExW, inside a transaction: what is done with the handle, and with those opened
+/// below it, is part of it, and others see it at the end. Afterwards such a handle gives
+/// ERROR_TRANSACTION_NOT_ACTIVE. `extended` is null.
+///
+/// From its first key on a transaction shuts out all other writers of the profile: they wait up to
+/// ten seconds (then ERROR_BUSY), and on its own thread get ERROR_TRANSACTIONAL_CONFLICT at once.
+/// (Windows shuts out only those that touch the same keys.)
+LSTATUS RegCreateKeyTransactedW(HKEY key, LPCWSTR path, DWORD reserved, LPWSTR keyClass,
+                                DWORD options, REGSAM access, const SECURITY_ATTRIBUTES* security,
+                                PHKEY result, LPDWORD disposition, HANDLE transaction,
+                                PVOID extended) noexcept;

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstdint>
+
+#include "platform/posix/registry_database.h"
+#include "platform/registry.h"
+
+namespace platform {
+
+using KeyId = std::int64_t;
+
+/// What a key holds besides the data themselves.
+struct KeyInfo {
+    std::int64_t written = 0;  // FILETIME
+    DWORD subkeys = 0;
+    DWORD values = 0;
+    DWORD longestName = 0;  // of the values, in units
+    DWORD longestData = 0;  // bytes
+};
+
+/// A value that an enumeration came to.
+struct FoundValue {
+    WideString name;
+    DWORD type = 0;
+};
+
+/// The keys and values as one connection sees them: outside of transactions, or from within one.
+/// Every operation takes effect as a whole or not at all. Results are Win32 error codes,
+/// ERROR_KEY_DELETED for a key that is gone. Not thread-safe.
+class RegistryTree {
+public:
+    explicit RegistryTree(RegistryDatabase& database) : database_(database) {}
+    RegistryTree(const RegistryTree&) = delete;
+    RegistryTree& operator=(const RegistryTree&) = delete;
+
+    [[nodiscard]] RegistryDatabase& Database() const { return database_; }
+
+    /// The key at a path below an open one; an empty path is that key itself.
+    LSTATUS Find(KeyId start, WideView path, KeyId& key);
+    /// The same, and makes what is missing of the path.
+    LSTATUS Create(KeyId start, WideView path, KeyId& key, bool& created);
+    LSTATUS DeleteTree(KeyId key, bool keepKey);
+    /// ERROR_ACCESS_DENIED if the key has subkeys.
+    LSTATUS DeleteEmptyKey(KeyId key);
+    /// The name of a subkey by its place in the alphabet, or ERROR_NO_MORE_ITEMS.
+    LSTATUS ReadChildName(KeyId key, DWORD index, WideString& name);
+
+    LSTATUS ReadTime(KeyId key, std::int64_t& written);
+    /// Visits every value of the key.
+    LSTATUS ReadInfo(KeyId key, KeyInfo& info);
+
+    /// `data` and `size` as RegQueryValueExW has them; a null `data` reads only type and size.
+    LSTATUS ReadValue(KeyId key, WideView name, DWORD& type, BYTE* data, DWORD& size);
+    /// The value at a place in the alphabet, or ERROR_NO_MORE_ITEMS.
+    LSTATUS ReadValueAt(KeyId key, DWORD index, FoundValue& value, BYTE* data, DWORD& size);
+    LSTATUS WriteValue(KeyId key, WideView name, DWORD type, const BYTE* data, DWORD size);
+    LSTATUS DeleteValue(KeyId key, WideView name);
+
+    /// ERROR_FILE_NOT_FOUND if the key is there, which is then what its caller missed in it.
+    LSTATUS MissingOrDeleted(KeyId key);
+
+private:
+    /// Where an enumeration came to: as long as the key is as it was, the next place is found by
+    /// the name before it, without counting from the first one.
+    struct Cursor {
+        KeyId key = 0;
+        std::int64_t written = 0;
+        DWORD index = 0;
+        WideString folded;
+    };
+
+    LSTATUS FindChild(KeyId parent, WideView name, KeyId& key);
+    LSTATUS AddChild(KeyId parent, WideView name, KeyId& key);
+    LSTATUS Touch(KeyId key);
+    LSTATUS TouchParent(KeyId key);
+    /// Binds the query of the place behind the cursor, or of the index where that does not serve.
+    LSTATUS StepTo(Statement& next, Statement& counted, const Cursor& cursor, KeyId key,
+                   DWORD index, std::int64_t written, Statement*& used);
+
+    RegistryDatabase& database_;
+    Cursor keyCursor_;
+    Cursor valueCursor_;
+};
+
+}  // namespace platform
