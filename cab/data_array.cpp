@@ -101,6 +101,7 @@ bool DataArray::CopyInto(Array<DataItem*>& list, DataArray& from, bool withFlags
         std::unique_ptr<DataItem> copy = MakeElement(child->GetType());
         if (!copy) return false;
         if (!copy->AssignUnrelated(*child, withFlags)) continue;
+        if (!withFlags) copy->MarkNew();
         (void)list.Add(copy.release());  // There is room.
     }
     return true;
@@ -170,15 +171,23 @@ void DataArray::DropLast() noexcept {
     children.RemoveAt(children.Count() - 1);
 }
 
-DataItem* DataArray::InsertAt(std::int64_t index, Kind kind) noexcept {
+std::unique_ptr<DataItem> DataArray::NewElement(Kind kind) noexcept {
     if (elementSpec && kind != Kind::None && kind != elementSpec->kind) return nullptr;
     if (!elementSpec && kind == Kind::None) return nullptr;
-    if (index < 0 || index > children.Count()) index = children.Count();
     std::unique_ptr<DataItem> element = MakeElement(kind);
+    if (element) element->MarkNew();
+    return element;
+}
+
+DataItem* DataArray::InsertAt(std::int64_t index, Kind kind) noexcept {
+    if (index < 0 || index > children.Count()) index = children.Count();
+    std::unique_ptr<DataItem> element = NewElement(kind);
     if (!element || !children.InsertAt(static_cast<std::uint32_t>(index), element.get())) {
         return nullptr;
     }
-    MarkSet();
+    // Before the end it moves others, of which a save must then renew the places.
+    const bool isLast = index + 1 == children.Count();
+    MarkSet(ItemValueSet | ItemDirty | (isLast ? 0 : ItemChildrenRemoved));
     return element.release();
 }
 
@@ -186,8 +195,7 @@ DataItem* DataArray::ElementAt(std::uint32_t index, Kind kind) noexcept {
     DataItem* const present = ItemAt(index);
     if (!present) return InsertAt(-1, kind);
     if (kind == Kind::None || present->IsType(kind)) return present;
-    if (elementSpec && kind != elementSpec->kind) return nullptr;
-    std::unique_ptr<DataItem> element = MakeElement(kind);
+    std::unique_ptr<DataItem> element = NewElement(kind);
     if (!element) return nullptr;
     delete present;
     children[index] = element.release();

@@ -44,6 +44,13 @@ public:
     /// Deletes the child, undoing its addition: no flags are set.
     void DropLast() noexcept;
 
+    /// What the template declares of each element; null if nothing.
+    [[nodiscard]] const ItemSpec* ElementSpec() const noexcept { return elementSpec; }
+    /// Makes an item that can become an element of this array. \return null as InsertAt.
+    [[nodiscard]] std::unique_ptr<DataItem> NewElement(Kind kind) noexcept;
+    /// Replaces all elements; the array owns those of the list then, which becomes empty.
+    void SetElements(Array<DataItem*>& list) noexcept { Take(list); }
+
 protected:
     [[nodiscard]] bool ApplySpec() noexcept override;
 

@@ -86,6 +86,7 @@ bool DataDictionary::FillLoose(Table& table, const ItemSpec* entry) noexcept {
         std::unique_ptr<DataItem> child = CreateItem(root, this, entry, nullptr, entry->kind);
         if (!child) return false;
         if (!child->AssignUnrelated(*old.value, false)) continue;
+        child->MarkNew();
         const WStringView key(static_cast<const WCHAR*>(old.key), old.keyBytes / sizeof(WCHAR));
         if (!Put(table, key, std::move(child))) return false;
     }
@@ -102,7 +103,9 @@ bool DataDictionary::ApplySpec() noexcept {
     }
     bool hasLost = false;
     for (const KeyEntry<DataItem*>& old : children) {
-        hasLost |= FindKey(table, old.key, old.keyBytes) < 0;
+        const std::int32_t found = FindKey(table, old.key, old.keyBytes);
+        hasLost |= found < 0 ||
+                   !table[static_cast<std::uint32_t>(found)].value->IsType(old.value->GetType());
     }
     std::swap(children, table);
     DeleteAll(table);
@@ -160,6 +163,7 @@ bool DataDictionary::Merge(WStringView key, DataItem* child, const ItemSpec* ent
     std::unique_ptr<DataItem> copy = CreateItem(root, this, entry, nullptr, child->GetType());
     if (!copy) return false;
     if (!copy->AssignUnrelated(*child, withFlags)) return true;
+    if (!withFlags) copy->MarkNew();
     if (!mine) {
         if (!Put(children, key, std::move(copy))) return false;
         MarkSet();
@@ -263,6 +267,7 @@ DataItem* DataDictionary::GetOrAdd(const WCHAR* name, std::int64_t length, Kind 
     }
     std::unique_ptr<DataItem> child = CreateItem(root, this, entry, nullptr, kind);
     DataItem* const added = child.get();
+    if (child) child->MarkNew();
     if (!child || !Put(children, key, std::move(child))) return nullptr;
     MarkSet();
     return added;

@@ -144,6 +144,11 @@ public:
     [[nodiscard]] bool StartWithSpec(const ItemSpec* newSpec) noexcept;
     /// Raises the change count and sets the flags of a change.
     void MarkSet(std::uint32_t bits = ItemValueSet | ItemDirty) noexcept;
+    /// Makes a leaf that is new in its container ItemDirty: no save has written it, even if its
+    /// value is never set.
+    void MarkNew() noexcept {
+        if (!IsContainer(GetType())) flags |= ItemDirty;
+    }
 
 protected:
     /// Brings the value into the shape of the declaration that was just set.
