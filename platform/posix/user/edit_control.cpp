@@ -107,7 +107,7 @@ void Edit::Replace(WideView text) {
     if (text.size() > room) {
         text = text.substr(0, room);
         NotifyCommand(window_, EN_MAXTEXT);
-        if (!IsWindow(window_) || text.empty()) return;
+        if (!IsWindow(window_) || (text.empty() && First() == Last())) return;
     }
     const std::size_t first = std::min(First(), text_.size());
     text_.replace(first, Last() - First(), text);

@@ -57,6 +57,20 @@ LRESULT AskNext(Call& call, UINT message, WPARAM wParam, LPARAM lParam) {
     return CallWindowProcW(chain.base, call.window, message, wParam, lParam);
 }
 
+LRESULT CALLBACK AskAll(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+
+/// Takes out what has been removed; after the last one the window has its own procedure again, if
+/// nobody else has put one in front.
+void Clean(HWND handle, SubclassChain& chain) {
+    std::erase_if(chain.entries, [](const Subclass& entry) { return entry.isRemoved; });
+    if (!chain.entries.empty()) return;
+    const Lock lock(UserLock());
+    Window* window = FindWindow(handle);
+    if (!window || window->procedure != AskAll) return;
+    window->procedure = chain.base;
+    window->subclasses = nullptr;
+}
+
 LRESULT CALLBACK AskAll(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     Call call{window, ChainOf(window), 0, innermost};
     if (!call.chain) return DefWindowProcW(window, message, wParam, lParam);
@@ -65,7 +79,7 @@ LRESULT CALLBACK AskAll(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
     innermost = &call;
     ++chain.depth;
     const LRESULT result = AskNext(call, message, wParam, lParam);
-    if (--chain.depth == 0) std::erase_if(chain.entries, [](const auto& e) { return e.isRemoved; });
+    if (--chain.depth == 0) Clean(window, chain);
     innermost = call.outer;
     return result;
 }
@@ -92,19 +106,12 @@ BOOL SetWindowSubclass(HWND handle, SUBCLASSPROC procedure, UINT_PTR id, DWORD_P
     return TRUE;
 }
 
-BOOL GetWindowSubclass(HWND window, SUBCLASSPROC procedure, UINT_PTR id, DWORD_PTR* data) noexcept {
-    const std::shared_ptr<SubclassChain> chain = ChainOf(window);
-    const Subclass* known = chain ? chain->Find(procedure, id) : nullptr;
-    if (data) *data = known ? known->data : 0;
-    return known != nullptr;
-}
-
 BOOL RemoveWindowSubclass(HWND window, SUBCLASSPROC procedure, UINT_PTR id) noexcept {
     const std::shared_ptr<SubclassChain> chain = ChainOf(window);
     Subclass* known = chain ? chain->Find(procedure, id) : nullptr;
     if (!known) return FALSE;
     known->isRemoved = true;
-    if (chain->depth == 0) std::erase_if(chain->entries, [](const auto& e) { return e.isRemoved; });
+    if (chain->depth == 0) Clean(window, *chain);
     return TRUE;
 }
 
