@@ -101,7 +101,8 @@ def check_headers(root, compiler, generated):
     def compile_alone(name):
         run = subprocess.run(
             [compiler, "-std=c++20", "-fsyntax-only", "-Wall", "-Wextra", "-I", root, "-I", generated,
-             "-I", "/usr/src/googletest/googletest/include", "-x", "c++", "-"],
+             "-I", "/usr/src/googletest/googletest/include", "-I", "/usr/include/libxml2",
+             "-x", "c++", "-"],
             input=f'#include "{name}"\n', capture_output=True, text=True, check=False)
         return [] if run.returncode == 0 else [f"{name}:1: does not compile alone\n{run.stderr}"]
 

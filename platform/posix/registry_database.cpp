@@ -173,6 +173,9 @@ LSTATUS RegistryDatabase::OpenEmpty() {
 }
 
 LSTATUS RegistryDatabase::CheckSchema(bool& isNew) {
+    // One moment for all of it: another process may just be making the tables.
+    const Transaction moment(*this, Transaction::Kind::Reading);
+    if (moment.Status() != ERROR_SUCCESS) return moment.Status();
     std::int64_t application = 0;
     std::int64_t version = 0;
     std::int64_t tables = 0;
