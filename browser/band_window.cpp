@@ -7,6 +7,7 @@
 #include "capture/selection_capture.h"
 #include "driver/convert_command.h"
 #include "foundation/module_folder.h"
+#include "options/options_dialog.h"
 #include "options/reflection.h"
 #include "platform/scope_exit.h"
 #include "platform/unique_bstr.h"
@@ -131,6 +132,10 @@ void BandWindow::OnDestroy() noexcept {
 
 LRESULT BandWindow::OnCommand(WPARAM commandId, bool& handled) noexcept {
     handled = false;
+    if (commandId == QVD_COMMAND_OPTIONS) {
+        ShowOptions();
+        return kNothingDone;
+    }
     const bool isSelection = commandId == QVD_COMMAND_CONVERT_SELECTION;
     if (!isSelection && commandId != QVD_COMMAND_BUTTON && commandId != QVD_COMMAND_CONVERT_PAGE) {
         return kNothingDone;
@@ -142,11 +147,20 @@ LRESULT BandWindow::OnCommand(WPARAM commandId, bool& handled) noexcept {
 }
 
 LRESULT BandWindow::Convert(int selectionOnly, AUX::WStringView pageUrl) noexcept {
-    if (isConverting_) return kNothingDone;
-    isConverting_ = true;
-    const platform::ScopeExit ended([this]() noexcept { isConverting_ = false; });
+    if (isBusy_) return kNothingDone;
+    isBusy_ = true;
+    const platform::ScopeExit ended([this]() noexcept { isBusy_ = false; });
     return ConvertCommand(Browser.Get(), Window, BrowserWindow, Settings, Job)
         .Run(selectionOnly, pageUrl);
+}
+
+void BandWindow::ShowOptions() noexcept {
+    if (isBusy_ || FAILED(Settings.Load())) return;
+    isBusy_ = true;
+    const platform::ScopeExit ended([this]() noexcept { isBusy_ = false; });
+    OptionsDialog dialog;
+    dialog.Bind(Settings);
+    (void)dialog.Run();  // What it was closed by changes nothing here.
 }
 
 bool BandWindow::CaptureSelection(AUX::WString& output) noexcept {

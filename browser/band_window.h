@@ -32,15 +32,21 @@ public:
     bool Create(HWND parent, IWebBrowser2* browser) noexcept;
 
     /// Does what WM_COMMAND with this id asks for: 1 and 0x8011 convert the page, 0x8015 the
-    /// selection; any other id does nothing.
+    /// selection, 0x8014 opens the Options dialog; any other id does nothing.
     /// \param commandId  The message's whole first parameter.
     /// \param handled    Becomes false: the window's next handler sees the message as well.
     /// \return what Convert gave, or 1; the message's result.
     LRESULT OnCommand(WPARAM commandId, bool& handled) noexcept;
 
     /// Runs the command to its end; see ConvertCommand::Run. The save dialog lets messages
-    /// through: a command that comes while one is under way ends at once with 1.
+    /// through: a command that comes while one is under way, or while the Options dialog is open,
+    /// ends at once with 1.
     LRESULT Convert(int selectionOnly, AUX::WStringView pageUrl) noexcept;
+
+    /// Reads the settings and shows the Options dialog until it ends, with the thread's active
+    /// window disabled. Does nothing while a command is under way, or when the settings cannot be
+    /// had whole: OK would store what is left of them.
+    void ShowOptions() noexcept;
 
     /// Gives the markup of what is selected in the tab. \return false if nothing is.
     [[nodiscard]] bool CaptureSelection(AUX::WString& output) noexcept;
@@ -54,5 +60,5 @@ private:
     void OnDestroy() noexcept;
 
     bool ownsWindow_ = false;
-    bool isConverting_ = false;
+    bool isBusy_ = false;  ///< A command is under way that lets messages through.
 };

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
+#include <initializer_list>
 #include <string>
 #include <utility>
 
@@ -74,12 +76,26 @@ inline void SelectTab(HWND dialog, WPARAM tab) {
     SendMessageW(control, WM_LBUTTONUP, 0, at);
 }
 
-/// The child dialog of `parent` that has this control.
-inline HWND PageWith(HWND parent, int id) {
+/// The child dialog of `parent` that has these controls.
+inline HWND PageWith(HWND parent, std::initializer_list<int> ids) {
     HWND page = GetWindow(parent, GW_CHILD);
-    while (page && !GetDlgItem(page, id)) page = GetWindow(page, GW_HWNDNEXT);
+    const auto has = [&](int id) { return GetDlgItem(page, id) != nullptr; };
+    while (page && !std::ranges::all_of(ids, has)) page = GetWindow(page, GW_HWNDNEXT);
     return page;
 }
+
+/// The pages and panels of the Options dialog.
+struct Pages {
+    explicit Pages(HWND dialog)
+        : tabs(GetDlgItem(dialog, 1002)),
+          page(PageWith(tabs, {1003})),
+          security(PageWith(tabs, {287})),
+          advanced(PageWith(tabs, {291, 1028})),
+          permissions40(PageWith(security, {293})),
+          permissions128(PageWith(security, {297})),
+          panel(PageWith(advanced, {1030})) {}
+    HWND tabs, page, security, advanced, permissions40, permissions128, panel;
+};
 
 /// While it lives, the thread's next dialog runs a script once it is shown, and is cancelled if it
 /// still stands then. One at a time.
@@ -101,6 +117,7 @@ private:
     static void CALLBACK OnTimer(HWND, UINT, UINT_PTR timer, DWORD) {
         const HWND dialog = GetActiveWindow();
         if (!current_ || !current_->script_ || !GetDlgItem(dialog, 1002)) return;
+        if (!IsWindowVisible(dialog)) return;
         KillTimer(nullptr, timer);
         std::exchange(current_->script_, nullptr)(dialog);
         if (IsWindow(dialog)) PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);

@@ -139,7 +139,7 @@ Dialog ReadDialog(int number) {
 
 std::map<int, Dialog> AllDialogs() {
     std::map<int, Dialog> dialogs;
-    for (const int number : {201, 202}) {
+    for (const int number : {201, 202, 207, 103, 215, 217, 219}) {
         dialogs[number] = ReadDialog(number);
     }
     return dialogs;
@@ -149,7 +149,6 @@ TEST(Templates, AreAsTheyWereDrawn) {
     const auto made = AllDialogs();
     std::multiset<std::string> drawn;
     for (const auto& row : test_support::ReadCases(OPTIONS_CASES "dialogs.tsv", 8)) {
-        if (!made.contains(std::stoi(platform::ToUtf8(row[0])))) continue;
         std::string line;
         for (const WideString& field : row) line += platform::ToUtf8(field) + '|';
         drawn.insert(line);

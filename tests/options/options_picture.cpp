@@ -1,0 +1,28 @@
+/// Writes a picture (BMP) of each tab of the Options dialog, as it opens on the defaults.
+///     options_picture <file's name without tab and ending>
+
+#include <fstream>
+#include <iostream>
+
+#include "options/options_dialog.h"
+#include "platform/testing_gui.h"
+#include "tests/options/dialog_support.h"
+
+int main(int count, char** arguments) {
+    if (count != 2 || !AttachModule(GetModuleHandleW(nullptr))) return 2;
+    ConversionSettings settings(nullptr);
+    OptionsDialog dialog;
+    dialog.Bind(settings);
+    const options_test::DialogScript script([&](HWND window) {
+        const char* const kTabs[] = {"page", "security", "advanced"};
+        for (WPARAM tab = 0; tab < 3; ++tab) {
+            options_test::SelectTab(window, tab);
+            platform::testing::RunMessages();
+            const platform::testing::Picture picture = platform::testing::PictureOf(window);
+            const std::string file = std::string(arguments[1]) + '-' + kTabs[tab] + ".bmp";
+            std::ofstream(file, std::ios::binary) << picture.FileBytes();
+            std::cout << file << ": " << picture.width << " x " << picture.height << '\n';
+        }
+    });
+    return dialog.Run() == IDCANCEL ? 0 : 1;
+}
