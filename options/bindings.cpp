@@ -26,9 +26,11 @@ void FillList(HWND dialog, int id, std::span<const WCHAR* const> names) noexcept
 }
 
 void SelectRow(HWND dialog, int id, std::uint32_t row) noexcept {
-    // As a signed number: the control takes -1 for none, and would find no other it does not have.
-    const WPARAM wanted = row <= 0x7FFFFFFF ? row : static_cast<WPARAM>(-1);
-    SendMessageW(GetDlgItem(dialog, id), CB_SETCURSEL, wanted, 0);
+    const HWND list = GetDlgItem(dialog, id);
+    const LRESULT count = SendMessageW(list, CB_GETCOUNT, 0, 0);
+    // Of a row that it does not have, not every system's control clears the selection; of -1, all.
+    const WPARAM wanted = row < count ? row : static_cast<WPARAM>(-1);
+    SendMessageW(list, CB_SETCURSEL, wanted, 0);
 }
 
 std::uint32_t SelectedRow(HWND dialog, int id, std::uint32_t otherwise) noexcept {

@@ -11,6 +11,7 @@
 #include "platform/controls.h"
 #include "platform/modules.h"
 #include "platform/text.h"
+#include "tests/support/test_profile.h"
 
 /// A user at a dialog's real controls: what the mouse and the keyboard would send them.
 namespace options_test {
@@ -143,6 +144,7 @@ protected:
         DetachModule();
     }
 
+    const test_support::TestProfile profile_;
     HWND frame_ = nullptr;
 };
 

@@ -5,7 +5,6 @@
 #include "platform/testing_gui.h"
 #include "resources/resource_ids.h"
 #include "tests/options/dialog_support.h"
-#include "tests/support/test_profile.h"
 
 namespace {
 
@@ -28,7 +27,6 @@ protected:
         IsDialogMessageW(dialog, &message);
     }
 
-    const test_support::TestProfile profile_;
     ConversionSettings settings_{TEXT("Software\\Quvada Test")};
 };
 
