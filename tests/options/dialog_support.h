@@ -1,11 +1,9 @@
 #pragma once
 
 #include <algorithm>
-#include <functional>
 #include <gtest/gtest.h>
 #include <initializer_list>
 #include <string>
-#include <utility>
 
 #include "foundation/module_folder.h"
 #include "platform/controls.h"
@@ -96,37 +94,6 @@ struct Pages {
           permissions128(PageWith(security, {297})),
           panel(PageWith(advanced, {1030})) {}
     HWND tabs, page, security, advanced, permissions40, permissions128, panel;
-};
-
-/// While it lives, the thread's next dialog runs a script once it is shown, and is cancelled if it
-/// still stands then. One at a time.
-class DialogScript {
-public:
-    explicit DialogScript(std::function<void(HWND)> script) : script_(std::move(script)) {
-        current_ = this;
-        timer_ = SetTimer(nullptr, 0, 1, OnTimer);
-    }
-    ~DialogScript() {
-        KillTimer(nullptr, timer_);
-        current_ = nullptr;
-        EXPECT_FALSE(script_) << "no dialog was shown";
-    }
-    DialogScript(const DialogScript&) = delete;
-    DialogScript& operator=(const DialogScript&) = delete;
-
-private:
-    static void CALLBACK OnTimer(HWND, UINT, UINT_PTR timer, DWORD) {
-        const HWND dialog = GetActiveWindow();
-        if (!current_ || !current_->script_ || !GetDlgItem(dialog, 1002)) return;
-        if (!IsWindowVisible(dialog)) return;
-        KillTimer(nullptr, timer);
-        std::exchange(current_->script_, nullptr)(dialog);
-        if (IsWindow(dialog)) PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
-    }
-
-    inline static thread_local DialogScript* current_ = nullptr;
-    std::function<void(HWND)> script_;
-    UINT_PTR timer_ = 0;
 };
 
 /// The module is the test program, which has the add-in's resources; a window for pages to lie in.

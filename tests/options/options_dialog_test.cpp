@@ -1,7 +1,6 @@
 #include "options/options_dialog.h"
 
 #include "options/centre_window.h"
-#include "platform/testing.h"
 #include "platform/testing_gui.h"
 #include "resources/resource_ids.h"
 #include "tests/options/dialog_support.h"
@@ -12,19 +11,11 @@ using namespace options_test;
 
 class OptionsDialogTest : public DialogTest {
 protected:
-    INT_PTR Run(std::function<void(HWND)> script) {
-        const DialogScript running(std::move(script));
+    INT_PTR Run(platform::testing::DialogScript::Step script) {
+        const platform::testing::DialogScript running({std::move(script)});
         OptionsDialog dialog;
         dialog.Bind(settings_);
         return dialog.Run();
-    }
-    /// A key for whatever has the focus, by way of the dialog.
-    static void Key(HWND dialog, WPARAM key) {
-        MSG message{};
-        message.hwnd = GetFocus();
-        message.message = WM_KEYDOWN;
-        message.wParam = key;
-        IsDialogMessageW(dialog, &message);
     }
 
     ConversionSettings settings_{TEXT("Software\\Quvada Test")};
@@ -97,6 +88,7 @@ TEST_F(OptionsDialogTest, ShowsThePageOfTheSelectedTab) {
                       EXPECT_TRUE(place.left == area.left && place.top == area.top &&
                                   place.right == area.right && place.bottom == area.bottom);
                   }
+                  Press(dialog, QVD_BUTTON_CANCEL);
               }),
               IDCANCEL);
     EXPECT_TRUE(IsWindowEnabled(frame_));
