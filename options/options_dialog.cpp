@@ -1,8 +1,12 @@
 #include "options/options_dialog.h"
 
+#include <iterator>
+
 #include "foundation/module_folder.h"
 #include "options/centre_window.h"
 #include "platform/controls.h"
+#include "platform/scope_exit.h"
+#include "platform/system.h"
 #include "resources/resource_ids.h"
 
 namespace {
@@ -14,6 +18,10 @@ constexpr UINT_PTR kSubclassId = 1;
 }  // namespace
 
 INT_PTR OptionsDialog::Run() noexcept {
+    const HHOOK filter = SetWindowsHookExW(WH_MSGFILTER, FilterKeys, nullptr, GetCurrentThreadId());
+    const platform::ScopeExit ended([filter]() noexcept {
+        if (filter) UnhookWindowsHookEx(filter);
+    });
     return DialogBoxParamW(ModuleInstance(), MAKEINTRESOURCEW(QVD_DIALOG_OPTIONS),
                            GetActiveWindow(), Procedure, reinterpret_cast<LPARAM>(this));
 }
@@ -37,6 +45,25 @@ INT_PTR CALLBACK OptionsDialog::Procedure(HWND window, UINT message, WPARAM wPar
         return TRUE;
     }
     return FALSE;
+}
+
+LRESULT CALLBACK OptionsDialog::FilterKeys(int code, WPARAM wParam, LPARAM lParam) noexcept {
+    const LRESULT others = CallNextHookEx(nullptr, code, wParam, lParam);
+    if (others || code != MSGF_DIALOGBOX) return others;
+    const auto& message = *reinterpret_cast<const MSG*>(lParam);
+    if (message.message != WM_KEYDOWN || message.wParam != VK_TAB) return 0;
+    if (GetKeyState(VK_CONTROL) >= 0) return 0;
+    for (HWND window = message.hwnd; window; window = GetParent(window)) {
+        if (GetWindowLongPtrW(window, DWLP_DLGPROC) != reinterpret_cast<LONG_PTR>(Procedure)) {
+            continue;
+        }
+        // Another dialog may lie over this one.
+        if (!IsWindowEnabled(window)) return 0;
+        reinterpret_cast<OptionsDialog*>(GetWindowLongPtrW(window, DWLP_USER))
+            ->GoToNextTab(GetKeyState(VK_SHIFT) < 0);
+        return 1;
+    }
+    return 0;
 }
 
 LRESULT CALLBACK OptionsDialog::TabProcedure(HWND window, UINT message, WPARAM wParam,
@@ -111,6 +138,12 @@ void OptionsDialog::OnOk() noexcept {
 void OptionsDialog::SelectTab(int tab) noexcept {
     SendMessageW(TabControl, TCM_SETCURSEL, static_cast<WPARAM>(tab), 0);
     LayOutPages();
+}
+
+void OptionsDialog::GoToNextTab(bool isBackwards) noexcept {
+    constexpr int kTabs = static_cast<int>(std::size(kTabNames));
+    const auto tab = static_cast<int>(SendMessageW(TabControl, TCM_GETCURSEL, 0, 0));
+    SelectTab((tab + (isBackwards ? kTabs - 1 : 1)) % kTabs);
 }
 
 void OptionsDialog::LayOutPages() noexcept {

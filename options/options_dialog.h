@@ -27,10 +27,13 @@ private:
     /// Changes nothing of the tab control, and forgets it when it ends.
     static LRESULT CALLBACK TabProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam,
                                          UINT_PTR id, DWORD_PTR self) noexcept;
+    /// Sees the keys before the dialog does.
+    static LRESULT CALLBACK FilterKeys(int code, WPARAM wParam, LPARAM message) noexcept;
     void OnInit(HWND window) noexcept;
     bool OnCommand(int id) noexcept;
     void OnOk() noexcept;
     void SelectTab(int tab) noexcept;
+    void GoToNextTab(bool isBackwards) noexcept;
     void LayOutPages() noexcept;
 
     HWND Window = nullptr;

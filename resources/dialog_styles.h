@@ -31,5 +31,6 @@
 // What the dialogs have in common.
 #define QVD_PAGE_STYLE DS_SETFONT | DS_CONTROL | WS_CHILD
 #define QVD_LIST_STYLE CBS_DROPDOWNLIST | WS_VSCROLL | WS_TABSTOP
-#define QVD_UP_DOWN_STYLE UDS_ALIGNRIGHT | UDS_AUTOBUDDY | UDS_ARROWKEYS | UDS_NOTHOUSANDS// A label that a font makes longer than its place loses the end of its last word, not the word.
+#define QVD_UP_DOWN_STYLE UDS_ALIGNRIGHT | UDS_AUTOBUDDY | UDS_ARROWKEYS | UDS_NOTHOUSANDS
+// A label that a font makes longer than its place loses the end of its last word, not the word.
 #define QVD_LABEL SS_LEFTNOWORDWRAP

@@ -6,6 +6,7 @@
 #include "platform/controls.h"
 #include "platform/modules.h"
 #include "platform/resources.h"
+#include "platform/system.h"
 #include "platform/testing_gui.h"
 
 namespace platform {
@@ -241,6 +242,9 @@ TEST_F(Dialogs, TakeTheControlsOfTheirPagesIntoTheOrder) {
             EXPECT_EQ(next(GetDlgItem(page, 31), FALSE), IDCANCEL);
             EXPECT_EQ(next(GetDlgItem(dialog, IDCANCEL), TRUE), 31);
             EXPECT_EQ(next(nullptr, FALSE), 10);
+            // The window that stands for the page may have the focus itself.
+            EXPECT_EQ(next(frame, FALSE), IDCANCEL);
+            EXPECT_EQ(next(frame, TRUE), 10);
             ShowWindow(page, SW_HIDE);
             EXPECT_EQ(next(GetDlgItem(dialog, 10), FALSE), IDCANCEL);
             ShowWindow(page, SW_SHOW);
@@ -249,6 +253,38 @@ TEST_F(Dialogs, TakeTheControlsOfTheirPagesIntoTheOrder) {
             SetFocus(GetDlgItem(page, 31));
             PostKey(VK_ESCAPE);
         }});
+}
+
+/// What the filters of a thread saw of a key, in their order.
+std::string seen;
+template <char Name, WPARAM Takes>
+LRESULT CALLBACK Filter(int code, WPARAM wParam, LPARAM lParam) {
+    const auto& message = *reinterpret_cast<const MSG*>(lParam);
+    if (code == MSGF_DIALOGBOX && message.message == WM_KEYDOWN) {
+        seen += Name;
+        if (message.wParam == Takes) return 1;
+    }
+    return CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+TEST_F(Dialogs, AskTheirFiltersFirst) {
+    seen.clear();
+    const auto set = [](HOOKPROC procedure) {
+        return SetWindowsHookExW(WH_MSGFILTER, procedure, nullptr, GetCurrentThreadId());
+    };
+    const HHOOK a = set(Filter<'a', VK_ESCAPE>);
+    const HHOOK b = set(Filter<'b', VK_RETURN>);
+    ASSERT_TRUE(a && b);
+    EXPECT_EQ(Run(1, {[](HWND) { PostKey(VK_ESCAPE); }, [](HWND) { PostKey(VK_RETURN); },
+                      [&](HWND) {
+                          EXPECT_EQ(seen, "bab") << "the last first, and it may keep a message";
+                          EXPECT_TRUE(UnhookWindowsHookEx(b));
+                          PostKey(VK_RETURN);
+                      }}),
+              IDOK);
+    EXPECT_EQ(seen, "baba");
+    EXPECT_FALSE(UnhookWindowsHookEx(b));
+    EXPECT_TRUE(UnhookWindowsHookEx(a));
 }
 
 TEST_F(Dialogs, RunOneInAnother) {

@@ -4,6 +4,7 @@
 /// drawn: their size alone counts, for the dialog units, and no WM_SETFONT is sent.
 
 #include "platform/posix/resource_calls.h"
+#include "platform/posix/user/hook_calls.h"
 #include "platform/posix/user/window_calls.h"
 
 using DLGPROC = INT_PTR(CALLBACK*)(HWND, UINT, WPARAM, LPARAM);
@@ -29,7 +30,6 @@ inline constexpr int DWLP_USER = 16;
 inline constexpr UINT DM_GETDEFID = WM_USER + 0;
 inline constexpr UINT DM_SETDEFID = WM_USER + 1;
 inline constexpr WORD DC_HASDEFID = 0x534B;
-inline constexpr WPARAM MSGF_DIALOGBOX = 0;
 
 // What a control wants of the keys (WM_GETDLGCODE).
 inline constexpr LRESULT DLGC_WANTARROWS = 0x1;
@@ -52,7 +52,8 @@ inline constexpr LRESULT DLGC_BUTTON = 0x2000;
 ///         the dialog, but under DS_NOFAILCREATE it is left out.
 HWND CreateDialogParamW(HINSTANCE module, LPCWSTR name, HWND owner, DLGPROC procedure,
                         LPARAM parameter) noexcept;
-/// Makes a dialog and runs its messages until EndDialog; the owner is disabled meanwhile. WM_QUIT
+/// Makes a dialog and runs its messages until EndDialog, each of which its thread's filters see
+/// first (SetWindowsHookExW); the owner is disabled meanwhile. WM_QUIT
 /// ends it, too, and is left in the queue.
 /// \return EndDialog's result; 0 for an owner that is no window, -1 if it cannot be made.
 INT_PTR DialogBoxParamW(HINSTANCE module, LPCWSTR name, HWND owner, DLGPROC procedure,

@@ -12,14 +12,14 @@ bool CanTakeFocus(const Window& window) {
     return (window.style & (WS_VISIBLE | WS_DISABLED)) == WS_VISIBLE;
 }
 
-/// The controls in their order; of a window that stands for its children these. Hidden and disabled
-/// ones are kept, since the walk may begin there.
-void AppendControls(const Window& parent, std::vector<Window*>& controls) {
+/// The controls in their order; of a window that stands for its children these, unless the walk
+/// begins at it. Hidden and disabled ones are kept, since the walk may begin there.
+void AppendControls(const Window& parent, const Window* from, std::vector<Window*>& controls) {
     for (Window* child : parent.children) {
-        if (!(child->exStyle & WS_EX_CONTROLPARENT)) {
+        if (!(child->exStyle & WS_EX_CONTROLPARENT) || child == from) {
             controls.push_back(child);
         } else if (CanTakeFocus(*child)) {
-            AppendControls(*child, controls);
+            AppendControls(*child, from, controls);
         }
     }
 }
@@ -67,7 +67,7 @@ HWND GetNextDlgTabItem(HWND dialog, HWND control, BOOL previous) noexcept {
     const Window* from = control ? FindWindow(control) : nullptr;
     if (!above || (control && (!from || !IsInside(*above, from)))) return nullptr;
     std::vector<Window*> ring;
-    AppendControls(*above, ring);
+    AppendControls(*above, from, ring);
     if (ring.empty()) return control;
     const Window* next = NextInRing(
         ring, PlaceOf(ring, from), previous != FALSE,

@@ -35,6 +35,7 @@ bool NextMessage(HWND dialog, HWND owner, MSG& message) {
 void Run(HWND dialog, HWND owner, const Dialog& state) {
     MSG message;
     while (IsWindow(dialog) && !state.hasEnded && NextMessage(dialog, owner, message)) {
+        if (CallMsgFilterW(&message, MSGF_DIALOGBOX)) continue;
         if (IsDialogMessageW(dialog, &message)) continue;
         TranslateMessage(&message);
         DispatchMessageW(&message);
