@@ -27,8 +27,13 @@ TEST_F(BandWindowTest, TheWholeIdChoosesTheCommand) {
         LRESULT result;
         std::size_t dialogs, messages;
     } kCases[] = {
-        {1, 0, 1, 0}, {0x8011, 0, 1, 0},  {0x8015, 1, 1, 1},  {0x8014, 1, 0, 0},
-        {0, 1, 0, 0}, {0x10001, 1, 0, 0}, {0x18011, 1, 0, 0}, {(WPARAM{1} << 32) + 1, 1, 0, 0},
+        {1, 0, 1, 0},
+        {0x8011, 0, 1, 0},
+        {0x8015, 1, 1, 1},
+        {0, 1, 0, 0},
+        {0x10001, 1, 0, 0},
+        {0x18011, 1, 0, 0},
+        {(WPARAM{1} << 32) + 1, 1, 0, 0},
     };
     for (const auto& c : kCases) {
         SCOPED_TRACE(c.id);

@@ -1,5 +1,6 @@
 // The add-in's class in both of its roles, as a browser uses it.
 
+#include <functional>
 #include <gtest/gtest.h>
 #include <string>
 #include <thread>
@@ -74,7 +75,14 @@ public:
         return S_OK;
     }
 
+    HRESULT STDMETHODCALLTYPE get_LocationURL(BSTR* address) noexcept override {
+        *address = nullptr;
+        onAddress();
+        return E_FAIL;
+    }
+
     std::string log;
+    std::function<void()> onAddress = [] {};
     const ComPtr<Events> events = platform::MakeObject<Events>();
 };
 
@@ -225,6 +233,23 @@ TEST_F(HelperObjectTest, IsTheToolbarInABarUntilItIsClosed) {
         EXPECT_TRUE(!before || !IsWindow(before)) << "a window is left of the last bar";
         EXPECT_EQ(helper->GetWindow(&window), S_OK);
     }
+}
+
+TEST_F(HelperObjectTest, MayBeGivenUpWhileItConverts) {
+    const platform::testing::MessageBoxRecorder messages;
+    const ComPtr<TabBrowser> browser = platform::MakeObject<TabBrowser>();
+    ComPtr<QVDIEaddinBHO> helper = MakeHelper();
+    ASSERT_EQ(helper->SetSite(static_cast<IOleWindow*>(Bar(browser).Get())), S_OK);
+    HWND window = nullptr;
+    ASSERT_EQ(helper->GetWindow(&window), S_OK);
+    browser->onAddress = [&] {
+        EXPECT_EQ(helper->CloseDW(0), S_OK);
+        EXPECT_EQ(helper->SetSite(nullptr), S_OK);
+        helper.Reset();
+    };
+    SendMessageW(window, WM_COMMAND, 1, 0);
+    EXPECT_FALSE(helper);
+    EXPECT_FALSE(IsWindow(window));
 }
 
 TEST_F(HelperObjectTest, DoesWithoutWhatASiteLacks) {

@@ -169,6 +169,26 @@ TEST_F(ServerTest, EachFailureOfAnInstallationLeavesNothing) {
     }
 }
 
+TEST_F(ServerTest, WhatAFailedRemovalLeavesTheNextOneRemoves) {
+    if (!platform::testing::kOwnsTheSystem) GTEST_SKIP() << "nothing can be made to fail here";
+    for (const char* call : {"RegOpenKeyExW", "RegDeleteKeyW", "RegDeleteValueW", "RegEnumKeyExW",
+                             "RegQueryInfoKeyW"}) {
+        for (unsigned nth = 1;; ++nth) {
+            SCOPED_TRACE(testing::Message() << call << ' ' << nth);
+            ASSERT_EQ(Install(true, nullptr), S_OK);
+            bool hasFired = false;
+            {
+                const platform::testing::InjectedFault fault(call, nth, ERROR_ACCESS_DENIED);
+                (void)Install(false, nullptr);
+                hasFired = fault.HasFired();
+            }
+            EXPECT_EQ(Install(false, nullptr), S_OK);
+            EXPECT_EQ(Counts(), before_);
+            if (!hasFired) break;
+        }
+    }
+}
+
 TEST_F(ServerTest, TheFactoryRefusesWhatItCannotMake) {
     using GetClassObject = HRESULT(REFCLSID, REFIID, void**);
     auto* const get = Export<GetClassObject>("DllGetClassObject");

@@ -128,8 +128,20 @@ HRESULT Unregister(Owner owner, REFGUID id, WORD major, WORD minor, LCID languag
     const WideString libraryKey = TEXT("TypeLib\\") + IdText(id);
     const WideString versionKey = libraryKey + TEXT("\\") + VersionText(major, minor);
     const WideString languageKey = versionKey + TEXT("\\") + LanguageText(language);
+    const WideString systemKey = languageKey + TEXT("\\win64");
+    LSTATUS opened = ERROR_SUCCESS;
+    {
+        RegistryKey registered;
+        opened = RegOpenKeyExW(classes.Get(), systemKey.c_str(), 0, KEY_READ, registered.Put());
+        if (opened == ERROR_SUCCESS) {
+            opened =
+                RegQueryValueExW(registered.Get(), nullptr, nullptr, nullptr, nullptr, nullptr);
+        }
+    }
     WideString path;
-    if (!ReadText(classes.Get(), languageKey + TEXT("\\win64"), path)) {
+    const bool isUnfinished = opened == ERROR_FILE_NOT_FOUND;
+    if (!isUnfinished && !ReadText(classes.Get(), systemKey, path)) return TYPE_E_REGISTRYACCESS;
+    if (isUnfinished) {
         // What a registration left that failed is removed as far as it goes.
         RegistryKey part;
         if (RegOpenKeyExW(classes.Get(), libraryKey.c_str(), 0, KEY_READ, part.Put()) !=
@@ -144,14 +156,18 @@ HRESULT Unregister(Owner owner, REFGUID id, WORD major, WORD minor, LCID languag
     // Without the library nobody knows its interfaces; their keys stay then, and nothing else.
     ComPtr<ITypeLib> library;
     if (SUCCEEDED(LoadTypeLib(path.c_str(), library.Put()))) {
+        bool isRefused = false;
         const HRESULT result =
             ForEachCallable(library.Get(), [&](const TYPEATTR& type, const WideString&) {
                 const WideString key = TEXT("Interface\\") + IdText(type.guid);
-                (void)RegDeleteTreeW(classes.Get(), key.c_str());
+                const LSTATUS status = RegDeleteTreeW(classes.Get(), key.c_str());
+                isRefused |= status != ERROR_SUCCESS && status != ERROR_FILE_NOT_FOUND;
             });
         if (FAILED(result)) return result;
+        // The library stays as well, so that another try finds them.
+        if (isRefused) return TYPE_E_REGISTRYACCESS;
     }
-    if (RegDeleteTreeW(classes.Get(), (languageKey + TEXT("\\win64")).c_str()) != ERROR_SUCCESS) {
+    if (RegDeleteTreeW(classes.Get(), systemKey.c_str()) != ERROR_SUCCESS) {
         return TYPE_E_REGISTRYACCESS;
     }
     DeleteIfEmpty(classes.Get(), languageKey);
