@@ -89,7 +89,9 @@ HRESULT GeometryMath::Decompose(const Matrix* matrix, double* translateX, double
     // The same turn as the second axis has it; it points elsewhere if the matrix mirrors.
     const double cosine2 = (m.c / sy * k + m.d / sy) / square;
     const double sine2 = (m.d / sy * k - m.c / sy) / square;
-    const bool mirrors = cosine2 * cosine < 0 || sine2 * sine < 0;
+    // Of a right angle both cosines, or both sines, are only what rounding left: no sign counts.
+    constexpr double kNoise = 1e-20;
+    const bool mirrors = cosine2 * cosine < -kNoise || sine2 * sine < -kNoise;
     const double angle = std::atan2(std::abs(sine), cosine);  // acos is coarse near 0 and pi.
     *translateX = m.e;
     *translateY = m.f;
