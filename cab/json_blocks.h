@@ -1,0 +1,62 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+
+#include "cab/json_kernels.h"
+
+namespace AUX::CAB {
+
+/// Walks over a part of a stripped text in blocks, and tells which of its units lie in strings. The
+/// part begins outside of strings.
+class JsonBlocks {
+public:
+    JsonBlocks(const WCHAR* text, std::uint32_t start, std::uint32_t end) noexcept
+        : classify_(FastestJsonKernels().classify), text_(text), at_(start), end_(end) {
+        Look();
+    }
+
+    /// Whether there is a block; if not, nothing else may be asked.
+    [[nodiscard]] bool IsValid() const noexcept { return at_ < end_; }
+    void Step() noexcept {
+        at_ = end_ - at_ > kJsonBlock ? at_ + static_cast<std::uint32_t>(kJsonBlock) : end_;
+        inside_ = static_cast<std::uint64_t>(static_cast<std::int64_t>(strings_) >> 63);
+        Look();
+    }
+
+    /// Of the block's first unit in the text.
+    [[nodiscard]] std::uint32_t Position() const noexcept { return at_; }
+    [[nodiscard]] const JsonBlockBits& Bits() const noexcept { return bits_; }
+    /// The units in strings, with the opening quote and without the closing one.
+    [[nodiscard]] std::uint64_t Strings() const noexcept { return strings_; }
+    /// Brackets, commas and colons outside of strings.
+    [[nodiscard]] std::uint64_t Structure() const noexcept {
+        return (bits_.comma | bits_.colon | bits_.openSquare | bits_.closeSquare | bits_.openCurly |
+                bits_.closeCurly) &
+               ~strings_;
+    }
+
+private:
+    void Look() noexcept {
+        if (!IsValid()) return;
+        const std::uint32_t left = end_ - at_;
+        if (left >= kJsonBlock) {
+            classify_(text_ + at_, bits_);
+        } else {
+            WCHAR last[kJsonBlock];
+            std::fill(std::copy_n(text_ + at_, left, last), last + kJsonBlock, WCHAR{' '});
+            classify_(last, bits_);
+        }
+        strings_ = ParityBits(bits_.quote) ^ inside_;
+    }
+
+    void (*classify_)(const WCHAR* block, JsonBlockBits& bits) noexcept;
+    const WCHAR* text_;
+    std::uint32_t at_;
+    std::uint32_t end_;
+    std::uint64_t inside_ = 0;
+    std::uint64_t strings_ = 0;
+    JsonBlockBits bits_{};
+};
+
+}  // namespace AUX::CAB

@@ -1,0 +1,182 @@
+#include "cab/json_escapes.h"
+
+#include <bit>
+#include <cstdint>
+#include <emmintrin.h>
+
+namespace AUX::CAB {
+namespace {
+
+constexpr std::ptrdiff_t kStep = 8;  // Units in a register.
+
+__m128i Load(const WCHAR* from) noexcept {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+}
+void Store(WCHAR* to, __m128i units) noexcept {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), units);
+}
+__m128i Equals(__m128i units, char unit) noexcept {
+    return _mm_cmpeq_epi16(units, _mm_set1_epi16(unit));
+}
+
+// The index of the first unit of which a comparison is true; kStep if there is none.
+int FirstOf(__m128i truth) noexcept {
+    const auto bits = static_cast<std::uint32_t>(_mm_movemask_epi8(truth)) | 0x10000;
+    return std::countr_zero(bits) / 2;
+}
+
+// The unit's value as a digit, whatever unit it is.
+constexpr std::uint32_t HexValue(WCHAR unit) noexcept {
+    return std::uint32_t{unit} - (unit < 0x3A ? 0x30u : unit >= 0x61 ? 0x57u : 0x37u);
+}
+
+std::uint32_t HexValue(const WCHAR* digits, int count) noexcept {
+    std::uint32_t value = 0;
+    for (int i = 0; i < count; ++i) value = value * 16 + HexValue(digits[i]);
+    return value & 0xFFFF;
+}
+
+// Decodes one escape, of which `at` is the unit behind the backslash.
+const WCHAR* DecodeOne(const WCHAR* at, const WCHAR* end, WCHAR*& out) noexcept {
+    const WCHAR unit = *at;
+    const std::ptrdiff_t left = end - at - 1;
+    WCHAR plain = unit;
+    switch (unit) {
+        case kHiddenQuote:
+            plain = '"';
+            break;
+        case 'b':
+            plain = 0x08;
+            break;
+        case 'f':
+            plain = 0x0C;
+            break;
+        case 'n':
+            plain = 0x0A;
+            break;
+        case 'r':
+            plain = 0x0D;
+            break;
+        case 't':
+            plain = 0x09;
+            break;
+        case 'v':
+            plain = 0x0B;
+            break;
+        case 'x':
+            if (left < 2) break;
+            *out++ = static_cast<WCHAR>(HexValue(at + 1, 2));
+            return at + 3;
+        case 'u': {
+            if (left < 4) break;
+            const std::uint32_t first = HexValue(at + 1, 4);
+            const bool hasSecond = left >= 10 && at[5] == '\\' && at[6] == 'u';
+            // A pair is its two units. The first half of one that is none adds nothing.
+            if (first >= 0xD801 && first <= 0xDBFE && hasSecond &&
+                (HexValue(at + 7, 4) & 0xFC00) != 0xDC00) {
+                return at + 5;
+            }
+            *out++ = static_cast<WCHAR>(first);
+            return at + 5;
+        }
+        default:
+            if (unit < '0' || unit > '7' || left < 2) break;
+            *out++ = static_cast<WCHAR>(((unit - 0x30) * 8 + (at[1] - 0x30)) * 8 + (at[2] - 0x30));
+            return at + 3;
+    }
+    *out++ = plain;
+    return at + 1;
+}
+
+}  // namespace
+
+std::size_t DecodeEscapes(WStringView text, WCHAR* out) noexcept {
+    WCHAR* const start = out;
+    const WCHAR* at = text.data();
+    const WCHAR* const end = at + text.size();
+    while (at != end) {
+        // What is written too far lies in the room of units that are still ahead.
+        while (end - at >= kStep) {
+            const __m128i units = Load(at);
+            Store(out, units);
+            const int run = FirstOf(Equals(units, '\\'));
+            at += run;
+            out += run;
+            if (run < kStep) break;
+        }
+        while (at != end && *at != '\\') *out++ = *at++;
+        if (at == end) break;
+        if (++at == end) {
+            *out++ = '\\';
+        } else {
+            at = DecodeOne(at, end, out);
+        }
+    }
+    return static_cast<std::size_t>(out - start);
+}
+
+namespace {
+
+WCHAR* EncodeOne(WCHAR unit, WCHAR* out) noexcept {
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    *out++ = '\\';
+    switch (unit) {
+        case 0x08:
+            *out++ = 'b';
+            return out;
+        case 0x09:
+            *out++ = 't';
+            return out;
+        case 0x0A:
+            *out++ = 'n';
+            return out;
+        case 0x0C:
+            *out++ = 'f';
+            return out;
+        case 0x0D:
+            *out++ = 'r';
+            return out;
+        case '"':
+        case '/':
+        case '\\':
+            *out++ = unit;
+            return out;
+        default:
+            *out++ = 'u';
+            for (int shift = 12; shift >= 0; shift -= 4) {
+                *out++ = static_cast<WCHAR>(kDigits[unit >> shift & 15]);
+            }
+            return out;
+    }
+}
+
+bool IsPlain(WCHAR unit) noexcept {
+    return unit >= 0x20 && unit <= 0x7E && unit != '"' && unit != '/' && unit != '\\';
+}
+
+}  // namespace
+
+WCHAR* EncodeEscapes(WStringView text, WCHAR* out) noexcept {
+    const WCHAR* at = text.data();
+    const WCHAR* const end = at + text.size();
+    while (at != end) {
+        while (end - at >= kStep) {
+            const __m128i units = Load(at);
+            Store(out, units);
+            // 0x20 to 0x7E become 0 to 0x5E, all others more, with the sign bit turned round.
+            const __m128i moved = _mm_add_epi16(units, _mm_set1_epi16(0x8000 - 0x20));
+            const __m128i outside = _mm_cmpgt_epi16(moved, _mm_set1_epi16(-0x8000 + 0x5E));
+            const __m128i special = _mm_or_si128(
+                _mm_or_si128(Equals(units, '"'), Equals(units, '/')), Equals(units, '\\'));
+            const int run = FirstOf(_mm_or_si128(outside, special));
+            at += run;
+            out += run;
+            if (run < kStep) break;
+        }
+        while (at != end && IsPlain(*at)) *out++ = *at++;
+        if (at != end) out = EncodeOne(*at++, out);
+    }
+    return out;
+}
+
+}  // namespace AUX::CAB

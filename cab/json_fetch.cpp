@@ -1,0 +1,279 @@
+#include "cab/json_fetch.h"
+
+#include <algorithm>
+#include <new>
+#include <vector>
+
+#include "cab/json_escapes.h"
+#include "cab/json_number.h"
+#include "cab/json_scan.h"
+
+namespace AUX::CAB {
+namespace {
+
+using Children = std::vector<JsonNode*>;
+
+/// The text of a piece with its escapes decoded, in the source's memory unless it stays as it is.
+WStringView Decode(JsonSource& source, WStringView piece, bool& hasEscapes) {
+    hasEscapes = piece.find(TEXT('\\')) != WStringView::npos;
+    if (!hasEscapes) return piece;
+    auto* const out = static_cast<WCHAR*>(source.Allocate(piece.size() * sizeof(WCHAR)));
+    const std::size_t length = DecodeEscapes(piece, out);
+    return {out, length};
+}
+
+void SetText(JsonNode& node, WStringView text) noexcept {
+    node.text = text.data();
+    node.textLength = static_cast<std::uint32_t>(text.size());
+}
+
+void SetFetched(JsonNode& node, JsonType type, bool value) noexcept {
+    node.type = type;
+    node.fetched = true;
+    if (type == JsonType::Boolean) node.boolean = value;
+}
+
+/// Gives a new node the type that its piece has.
+void ClassifyPiece(JsonNode& node, WStringView piece) noexcept {
+    const WCHAR first = piece.empty() ? WCHAR{0} : piece.front();
+    const WCHAR last = piece.empty() ? WCHAR{0} : piece.back();
+    switch (first) {
+        case '"':
+            if (last != '"' || piece.size() < 2) break;
+            node.type = JsonType::String;
+            return;
+        case '[':
+            if (last != ']') break;
+            node.type = JsonType::Array;
+            return;
+        case '{':
+            if (last != '}') break;
+            node.type = JsonType::Object;
+            return;
+        case 'F':
+        case 'f':
+            if (piece == WStringView(TEXT("false"))) {
+                return SetFetched(node, JsonType::Boolean, false);
+            }
+            break;
+        case 'T':
+        case 't':
+            if (piece == WStringView(TEXT("true"))) {
+                return SetFetched(node, JsonType::Boolean, true);
+            }
+            break;
+        default:
+            if (!IsJsonNumber(piece)) break;
+            node.type = JsonType::Number;
+            return;
+    }
+    BecomeNull(node);
+}
+
+/// The splitting of one container, by either scan.
+template <class Scan>
+class Splitter {
+public:
+    Splitter(JsonSource& source, WStringView raw, Scan scan, Children& children) noexcept
+        : source_(source),
+          scan_(scan),
+          children_(children),
+          end_(static_cast<std::uint32_t>(raw.data() + raw.size() - source.Text()) - 1),
+          at_(static_cast<std::uint32_t>(raw.data() - source.Text()) + 1) {}
+
+    /// \return false if the array is malformed.
+    bool SplitArray() {
+        std::uint32_t found = 0;
+        bool isColon = false;
+        while (scan_.Next(found, isColon)) {
+            if (isColon) return false;
+            AddChild({}, Piece(at_, found));
+            Begin(found);
+        }
+        AddChild({}, Piece(at_, end_));
+        return true;
+    }
+
+    /// \return false if the object is malformed.
+    bool SplitObject() {
+        for (;;) {
+            std::uint32_t colon = 0;
+            if (!Find(true, colon)) return false;
+            // The unit before the colon is taken for the closing quote.
+            const WStringView key = Piece(at_, colon - 1);
+            Begin(colon);
+            std::uint32_t comma = 0;
+            const bool isLast = !Find(false, comma);
+            AddChild(key, Piece(at_, isLast ? end_ : comma), true);
+            if (isLast) return true;
+            Begin(comma);
+        }
+    }
+
+private:
+    bool Find(bool wantsColon, std::uint32_t& found) noexcept {
+        bool isColon = false;
+        while (scan_.Next(found, isColon)) {
+            if (isColon == wantsColon) return true;
+        }
+        return false;
+    }
+    void Begin(std::uint32_t separator) noexcept {
+        at_ = separator + 1;
+        scan_.BeginPiece();
+    }
+    WStringView Piece(std::uint32_t start, std::uint32_t end) const noexcept {
+        return {source_.Text() + start, end > start ? end - start : 0};
+    }
+
+    void AddChild(WStringView key, WStringView piece, bool hasKey = false) {
+        JsonNode* const node = NewParsedNode(source_, JsonType::Null, {});
+        node->comment = TakeComments(source_, hasKey ? key : piece);
+        if (hasKey) {
+            bool hasEscapes = false;
+            const WStringView name = Decode(source_, key.substr(1), hasEscapes);
+            node->name = name.data();
+            node->nameLength = static_cast<std::uint32_t>(name.size());
+            // A name with escapes needs them again when it is written.
+            node->nameEncoded = hasEscapes;
+        }
+        SetText(*node, piece);
+        ClassifyPiece(*node, piece);
+        if (node->IsContainer()) {
+            const auto start = static_cast<std::uint32_t>(piece.data() - source_.Text());
+            node->place = scan_.PlaceOf(start);
+        }
+        children_.push_back(node);
+    }
+
+    JsonSource& source_;
+    Scan scan_;
+    Children& children_;
+    std::uint32_t end_;  // The closing bracket.
+    std::uint32_t at_;   // Where the present piece begins.
+};
+
+/// The marks to go over, if there are any that serve; `place` becomes the opening bracket's.
+const JsonMark* MarksFor(JsonSource& source, std::uint32_t start, std::uint64_t& place) {
+    // The outermost level takes one pass whichever way, and often nothing else is read.
+    if (!source.HasMarks() && start == source.RootStart()) return nullptr;
+    const JsonMark* const marks = source.MarksOfText();
+    if (!marks) return nullptr;
+    if (place == JsonTextScan::kNoPlace) place = source.MarkAt(start);
+    const bool isThere = place < source.MarkCount() && marks[place].position == start;
+    return isThere ? marks : nullptr;
+}
+
+// The text of the comment that a piece begins with. One that something cut in two is all the piece.
+WStringView TakeLine(WStringView& piece) noexcept {
+    const std::size_t close = std::min(piece.find(TEXT('#'), 1), piece.size());
+    const WStringView line = piece.substr(1, close - 1);
+    piece = piece.substr(close + 1);
+    return line;
+}
+
+template <class Scan>
+bool Split(JsonNode& node, Scan scan, Children& children) {
+    Splitter<Scan> splitter(*node.source, node.Text(), scan, children);
+    return node.type == JsonType::Array ? splitter.SplitArray() : splitter.SplitObject();
+}
+
+bool SplitContainer(JsonNode& node, Children& children) {
+    JsonSource& source = *node.source;
+    const auto start = static_cast<std::uint32_t>(node.text - source.Text());
+    const std::uint32_t end = start + node.textLength;
+    std::uint64_t place = node.place;
+    if (const JsonMark* const marks = MarksFor(source, start, place)) {
+        const JsonMarkScan scan(marks, source.MarkCount(), static_cast<std::uint32_t>(place) + 1,
+                                end);
+        return Split(node, scan, children);
+    }
+    return Split(node, JsonTextScan(source.Text(), start + 1, end), children);
+}
+
+/// Puts the children into a list of exactly their number. A node that lies in the source has it
+/// there; another one owns its list and counts for each child.
+JsonChildren* MakeList(JsonNode& node, const Children& children) {
+    if (children.empty()) return nullptr;
+    const std::size_t bytes = sizeof(JsonChildren) + children.size() * sizeof(JsonNode*);
+    auto* const list = static_cast<JsonChildren*>(node.isParsed ? node.source->Allocate(bytes)
+                                                                : ::operator new(bytes));
+    list->count = list->capacity = static_cast<std::uint32_t>(children.size());
+    std::copy(children.begin(), children.end(), list->Items());
+    if (!node.isParsed) node.source->AddRef(static_cast<std::int64_t>(children.size()));
+    return list;
+}
+
+void FetchContainer(JsonNode& node) {
+    Children& children = node.source->Scratch();
+    if (node.textLength > 2 && !SplitContainer(node, children)) return BecomeNull(node);
+    node.children = MakeList(node, children);
+    SetText(node, {});
+    node.fetched = true;
+}
+
+void FetchString(JsonNode& node) {
+    const WStringView raw = node.Text().substr(1, node.textLength - 2);
+    bool hasEscapes = false;
+    SetText(node, Decode(*node.source, raw, hasEscapes));
+    node.textEncoded = hasEscapes;
+    node.fetched = true;
+}
+
+}  // namespace
+
+void BecomeNull(JsonNode& node) noexcept {
+    node.type = JsonType::Null;
+    SetText(node, TEXT("null"));
+    node.number = 0;
+    node.fetched = true;
+}
+
+JsonNode* NewParsedNode(JsonSource& source, JsonType type, WStringView raw) {
+    auto* const node = new (source.Allocate(sizeof(JsonNode))) JsonNode{};
+    node->type = type;
+    node->isParsed = true;
+    SetText(*node, raw);
+    node->place = JsonTextScan::kNoPlace;
+    node->refCount = 1;
+    node->source = &source;
+    return node;
+}
+
+const JsonComment* TakeComments(JsonSource& source, WStringView& piece) {
+    if (piece.empty() || piece[0] != '#') return nullptr;
+    const WStringView all = piece;
+    std::size_t lines = 0;
+    std::size_t length = 0;
+    for (; !piece.empty() && piece[0] == '#'; ++lines) length += TakeLine(piece).size() + 1;
+    auto* const comment = static_cast<JsonComment*>(source.Allocate(sizeof(JsonComment)));
+    WStringView rest = all;
+    WStringView text = TakeLine(rest);
+    if (lines > 1) {
+        auto* const joined = static_cast<WCHAR*>(source.Allocate(length * sizeof(WCHAR)));
+        WCHAR* end = std::copy(text.begin(), text.end(), joined);
+        for (; lines > 1; --lines) {
+            const WStringView line = TakeLine(rest);
+            *end++ = '\n';
+            end = std::copy(line.begin(), line.end(), end);
+        }
+        text = {joined, length - 1};
+    }
+    *comment = {text.data(), static_cast<std::uint32_t>(text.size())};
+    return comment;
+}
+
+void FetchRawNode(JsonNode& node) {
+    switch (node.type) {
+        case JsonType::Array:
+        case JsonType::Object:
+            return FetchContainer(node);
+        case JsonType::String:
+            return FetchString(node);
+        default:
+            node.number = ReadJsonNumber(node.Text());
+            node.fetched = true;
+    }
+}
+
+}  // namespace AUX::CAB

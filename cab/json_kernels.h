@@ -1,0 +1,70 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+#include "platform/base.h"
+
+/// The inner loops of the text layer, in forms that give the same: with the registers of 128 bits
+/// that each 64-bit processor has, and with newer instructions.
+namespace AUX::CAB {
+
+/// The units that a loop takes in one step; one bit of a word stands for each.
+inline constexpr std::ptrdiff_t kJsonBlock = 64;
+
+/// Where the units with a part in the structure are in a block, the lowest bit for the first.
+struct JsonBlockBits {
+    std::uint64_t quote;
+    std::uint64_t zero;
+    std::uint64_t comma;
+    std::uint64_t colon;
+    std::uint64_t openSquare;
+    std::uint64_t closeSquare;
+    std::uint64_t openCurly;
+    std::uint64_t closeCurly;
+};
+
+/// How far the strip pass is.
+struct JsonStrip {
+    const WCHAR* in;
+    const WCHAR* end;
+    WCHAR* out;  ///< As much room as from `in` to `end`, at least.
+    bool inString;
+    bool isEscaped;  ///< A backslash in a string stands right before `in`.
+    bool sawEscapedQuote;
+};
+
+struct JsonKernels {
+    /// Strips whole blocks, up to one with something outside of strings that is neither printable
+    /// ASCII nor white space, or may begin a comment, or is a backslash.
+    void (*strip)(JsonStrip& state) noexcept;
+
+    void (*classify)(const WCHAR* block, JsonBlockBits& bits) noexcept;
+};
+
+extern const JsonKernels kSse2JsonKernels;
+/// Needs AVX2.
+extern const JsonKernels kAvx2JsonKernels;
+/// Needs AVX-512 with BW and VBMI2.
+extern const JsonKernels kAvx512JsonKernels;
+
+/// What FastestJsonKernels has chosen; null before its first call.
+extern constinit std::atomic<const JsonKernels*> chosenJsonKernels;
+
+/// Asks the processor and sets `chosenJsonKernels`.
+const JsonKernels& ChooseJsonKernels() noexcept;
+
+/// The fastest form that this processor runs.
+[[nodiscard]] inline const JsonKernels& FastestJsonKernels() noexcept {
+    const JsonKernels* const chosen = chosenJsonKernels.load(std::memory_order_relaxed);
+    return chosen ? *chosen : ChooseJsonKernels();
+}
+
+/// For each bit, whether the number of set bits up to it is odd. Each file has its own copy, as it
+/// may be compiled for newer processors.
+[[nodiscard]] static inline std::uint64_t ParityBits(std::uint64_t bits) noexcept {
+    for (int shift = 1; shift < 64; shift *= 2) bits ^= bits << shift;
+    return bits;
+}
+
+}  // namespace AUX::CAB
