@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <gtest/gtest.h>
+#include <optional>
 #include <string>
 #include <thread>
 #include <utility>
@@ -237,6 +238,7 @@ TEST_F(HelperObjectTest, IsTheToolbarInABarUntilItIsClosed) {
 
 TEST_F(HelperObjectTest, MayBeGivenUpWhileItConverts) {
     const platform::testing::MessageBoxRecorder messages;
+    const platform::testing::SaveDialogScript cancelled(std::nullopt);
     const ComPtr<TabBrowser> browser = platform::MakeObject<TabBrowser>();
     ComPtr<QVDIEaddinBHO> helper = MakeHelper();
     ASSERT_EQ(helper->SetSite(static_cast<IOleWindow*>(Bar(browser).Get())), S_OK);
