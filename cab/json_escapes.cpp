@@ -2,6 +2,7 @@
 
 #include <bit>
 #include <cstdint>
+#include <cstring>
 #include <emmintrin.h>
 
 namespace AUX::CAB {
@@ -90,6 +91,16 @@ const WCHAR* DecodeOne(const WCHAR* at, const WCHAR* end, WCHAR*& out) noexcept 
 
 }  // namespace
 
+bool HasBackslash(WStringView text) noexcept {
+    const WCHAR* at = text.data();
+    const WCHAR* const end = at + text.size();
+    for (; end - at >= kStep; at += kStep) {
+        if (_mm_movemask_epi8(Equals(Load(at), '\\')) != 0) return true;
+    }
+    while (at != end && *at != '\\') ++at;
+    return at != end;
+}
+
 std::size_t DecodeEscapes(WStringView text, WCHAR* out) noexcept {
     WCHAR* const start = out;
     const WCHAR* at = text.data();
@@ -113,6 +124,24 @@ std::size_t DecodeEscapes(WStringView text, WCHAR* out) noexcept {
         }
     }
     return static_cast<std::size_t>(out - start);
+}
+
+// Not inline: compilers warn of literals that are known to be too short for it, where they do not
+// see that their length keeps them from getting there.
+void CopyUnits(WStringView text, WCHAR* out) noexcept {
+    std::memcpy(out, text.data(), text.size() * sizeof(WCHAR));
+}
+
+WCHAR* CopyWithQuotes(WStringView text, WCHAR* out) noexcept {
+    const WCHAR* at = text.data();
+    const WCHAR* const end = at + text.size();
+    const __m128i change = _mm_set1_epi16('"' ^ kHiddenQuote);
+    for (; end - at >= kStep; at += kStep, out += kStep) {
+        const __m128i units = Load(at);
+        Store(out, _mm_xor_si128(units, _mm_and_si128(Equals(units, kHiddenQuote), change)));
+    }
+    for (; at != end; ++at) *out++ = *at == kHiddenQuote ? WCHAR{'"'} : *at;
+    return out;
 }
 
 namespace {

@@ -15,7 +15,7 @@ using Children = std::vector<JsonNode*>;
 
 /// The text of a piece with its escapes decoded, in the source's memory unless it stays as it is.
 WStringView Decode(JsonSource& source, WStringView piece, bool& hasEscapes) {
-    hasEscapes = piece.find(TEXT('\\')) != WStringView::npos;
+    hasEscapes = HasBackslash(piece);
     if (!hasEscapes) return piece;
     auto* const out = static_cast<WCHAR*>(source.Allocate(piece.size() * sizeof(WCHAR)));
     const std::size_t length = DecodeEscapes(piece, out);
@@ -154,9 +154,10 @@ private:
 };
 
 /// The marks to go over, if there are any that serve; `place` becomes the opening bracket's.
-const JsonMark* MarksFor(JsonSource& source, std::uint32_t start, std::uint64_t& place) {
-    // The outermost level takes one pass whichever way, and often nothing else is read.
-    if (!source.HasMarks() && start == source.RootStart()) return nullptr;
+const JsonMark* MarksFor(JsonSource& source, std::uint32_t start, std::uint32_t length,
+                         std::uint64_t& place) {
+    // Often little is read: then the marks of all that is not would cost more than they save.
+    if (!source.HasMarks() && source.MayScan(start, length)) return nullptr;
     const JsonMark* const marks = source.MarksOfText();
     if (!marks) return nullptr;
     if (place == JsonTextScan::kNoPlace) place = source.MarkAt(start);
@@ -183,7 +184,7 @@ bool SplitContainer(JsonNode& node, Children& children) {
     const auto start = static_cast<std::uint32_t>(node.text - source.Text());
     const std::uint32_t end = start + node.textLength;
     std::uint64_t place = node.place;
-    if (const JsonMark* const marks = MarksFor(source, start, place)) {
+    if (const JsonMark* const marks = MarksFor(source, start, node.textLength, place)) {
         const JsonMarkScan scan(marks, source.MarkCount(), static_cast<std::uint32_t>(place) + 1,
                                 end);
         return Split(node, scan, children);
@@ -271,7 +272,7 @@ void FetchRawNode(JsonNode& node) {
         case JsonType::String:
             return FetchString(node);
         default:
-            node.number = ReadJsonNumber(node.Text());
+            node.number = ReadPlainNumber(node.Text());
             node.fetched = true;
     }
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <new>
 
 #include "cab/json_fetch.h"
@@ -12,6 +13,17 @@ namespace AUX::CAB {
 namespace {
 
 constexpr std::uint32_t kFirstCapacity = 8;
+
+constexpr std::size_t kNameRoom = 10;  // Units.
+constexpr std::size_t kTextRoom = 14;
+
+/// A node in a block of its own, with room for a short name and text, as most are.
+struct OwnNode : JsonNode {
+    WCHAR nameRoom[kNameRoom];
+    WCHAR textRoom[kTextRoom];
+};
+
+OwnNode& Own(JsonNode& node) noexcept { return static_cast<OwnNode&>(node); }
 
 void CountHandle(JsonNode& node) noexcept {
     if (node.isParsed) {
@@ -27,12 +39,16 @@ JsonNode* NextOf(const JsonNode& dead) noexcept {
 }
 
 void FreeName(JsonNode& node) noexcept {
-    if (node.ownsName) ::operator delete(const_cast<WCHAR*>(node.name));
+    if (node.ownsName && node.name != Own(node).nameRoom) {
+        ::operator delete(const_cast<WCHAR*>(node.name));
+    }
     node.ownsName = false;
 }
 
 void FreeText(JsonNode& node) noexcept {
-    if (node.ownsText) ::operator delete(const_cast<WCHAR*>(node.text));
+    if (node.ownsText && node.text != Own(node).textRoom) {
+        ::operator delete(const_cast<WCHAR*>(node.text));
+    }
     node.ownsText = false;
 }
 
@@ -67,15 +83,28 @@ void FreeNodes(JsonNode* dead) noexcept {
         FreeName(*node);
         FreeText(*node);
         if (node->source) node->source->Release();
-        delete node;
+        delete &Own(*node);
     }
 }
 
-WCHAR* CopyText(WStringView text) {
+/// Copies a text, which may lie in the room itself, into the room or a new block.
+template <std::size_t kRoom>
+const WCHAR* CopyText(WStringView text, WCHAR (&room)[kRoom]) {
     if (text.size() > WString::kMaxLength) throw std::bad_alloc();
-    auto* const copy = static_cast<WCHAR*>(::operator new(text.size() * sizeof(WCHAR)));
-    std::copy(text.begin(), text.end(), copy);
+    auto* const copy = text.size() <= kRoom
+                           ? room
+                           : static_cast<WCHAR*>(::operator new(text.size() * sizeof(WCHAR)));
+    if (!text.empty()) std::memmove(copy, text.data(), text.size() * sizeof(WCHAR));
     return copy;
+}
+
+/// Makes a node with these fields, which owns no text yet.
+JsonHandle MakeNode(const JsonNode& fields) {
+    auto* const node = new OwnNode;
+    static_cast<JsonNode&>(*node) = fields;
+    node->isParsed = node->ownsName = node->ownsText = false;
+    node->refCount = 1;
+    return JsonHandle(node);
 }
 
 JsonChildren* MakeChildren(std::uint32_t capacity) {
@@ -107,7 +136,7 @@ void SetOwnText(JsonNode& node, JsonType type, const WCHAR* text, std::size_t le
 
 void SetNumber(JsonHandle& node, double value, WStringView text) {
     MakeOwn(node);
-    SetOwnText(*node, JsonType::Number, CopyText(text), text.size(), true);
+    SetOwnText(*node, JsonType::Number, CopyText(text, Own(*node).textRoom), text.size(), true);
     node->number = value;
 }
 
@@ -125,29 +154,26 @@ JsonHandle::~JsonHandle() {
 }
 
 JsonHandle NewNode(JsonType type) {
-    auto* const node = new JsonNode{};
-    node->type = type;
-    node->fetched = true;
-    node->refCount = 1;
-    return JsonHandle(node);
+    JsonNode first{};
+    first.type = type;
+    first.fetched = true;
+    return MakeNode(first);
 }
 
 JsonHandle CloneNode(const JsonNode& node) {
-    JsonHandle copy(new JsonNode(node));
+    JsonHandle copy = MakeNode(node);
     JsonNode& made = *copy;
-    made.isParsed = made.ownsName = made.ownsText = false;
-    made.refCount = 1;
     if (made.source) made.source->AddRef();
     JsonChildren* const from = OwnChildren(made);
     if (from) made.children = nullptr;
     if (node.ownsName) {
         made.name = nullptr;
-        made.name = CopyText(node.Name());
+        made.name = CopyText(node.Name(), Own(made).nameRoom);
         made.ownsName = true;
     }
     if (node.ownsText) {
         made.text = nullptr;
-        made.text = CopyText(node.Text());
+        made.text = CopyText(node.Text(), Own(made).textRoom);
         made.ownsText = true;
     }
     if (from && from->count > 0) {
@@ -163,7 +189,7 @@ JsonHandle CloneNode(const JsonNode& node) {
 
 void SetNodeString(JsonHandle& node, WStringView text) {
     MakeOwn(node);
-    SetOwnText(*node, JsonType::String, CopyText(text), text.size(), true);
+    SetOwnText(*node, JsonType::String, CopyText(text, Own(*node).textRoom), text.size(), true);
     node->textEncoded = true;
 }
 
@@ -188,7 +214,7 @@ void SetNodeBool(JsonHandle& node, bool value) {
 
 void SetNodeName(JsonHandle& node, WStringView name) {
     MakeOwn(node);
-    const WCHAR* const copy = CopyText(name);
+    const WCHAR* const copy = CopyText(name, Own(*node).nameRoom);
     FreeName(*node);
     node->name = copy;
     node->nameLength = static_cast<std::uint32_t>(name.size());

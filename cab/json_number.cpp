@@ -106,7 +106,23 @@ Decimal ReadDecimal(const WCHAR* text, std::size_t size) noexcept {
     return number;
 }
 
-/// Of a number that is too long or too fine for the short way. Digits that 800 others precede
+constexpr std::size_t kShortText = 64;
+
+double OutOfRange(std::int64_t magnitude) noexcept {
+    return magnitude > 0 ? std::numeric_limits<double>::infinity() : 0;
+}
+
+double ReadShort(const WCHAR* text, const Decimal& number) noexcept {
+    char narrow[kShortText];
+    for (std::size_t i = 0; i < number.length; ++i) narrow[i] = static_cast<char>(text[i]);
+    double value = 0;
+    const std::from_chars_result result = std::from_chars(narrow, narrow + number.length, value);
+    if (result.ec != std::errc::result_out_of_range) return value;
+    // The limits of a double are far from where the digits before the exponent decide.
+    return OutOfRange(number.exponent + static_cast<std::int64_t>(kShortText) / 2);
+}
+
+/// Of a number that is too long for a buffer. Digits that 800 others precede
 /// cannot change the result any more, once one of them stands for those that are not 0.
 double ReadSlowly(const WCHAR* text, const Decimal& number) noexcept {
     constexpr std::size_t kBufferSize = 900;
@@ -156,8 +172,7 @@ double ReadSlowly(const WCHAR* text, const Decimal& number) noexcept {
     double value = 0;
     const std::from_chars_result result = std::from_chars(buffer, end.ptr, value);
     if (result.ec != std::errc::result_out_of_range) return value;
-    const bool isLarge = exponent + static_cast<std::int64_t>(significant) > 0;
-    return isLarge ? std::numeric_limits<double>::infinity() : 0;
+    return OutOfRange(exponent + static_cast<std::int64_t>(significant));
 }
 
 double ReadHex(WStringView digits) noexcept {
@@ -185,7 +200,8 @@ double ReadUnsigned(WStringView text) noexcept {
         return number.exponent < 0 ? digits / kPowers[-number.exponent]
                                    : digits * kPowers[number.exponent];
     }
-    return ReadSlowly(text.data(), number);
+    return number.length < kShortText ? ReadShort(text.data(), number)
+                                      : ReadSlowly(text.data(), number);
 }
 
 std::size_t Widen(const char* first, const char* last, WCHAR* out) noexcept {
@@ -211,6 +227,11 @@ double ReadJsonNumber(WStringView text) noexcept {
     if (!AllOf(text, [](WCHAR unit) { return unit <= 0xFF; })) return 0;
     std::size_t at = 0;
     while (at < text.size() && IsSpace(text[at])) ++at;
+    return ReadPlainNumber(text.substr(at));
+}
+
+double ReadPlainNumber(WStringView text) noexcept {
+    std::size_t at = 0;
     const bool isNegative = at < text.size() && text[at] == '-';
     if (at < text.size() && IsSign(text[at])) ++at;
     const double value = ReadUnsigned(text.substr(at));

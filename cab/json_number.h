@@ -19,6 +19,9 @@ namespace AUX::CAB {
 /// The most units that FormatJsonNumber writes.
 inline constexpr std::size_t kMaxNumberUnits = 63;
 
+/// The same for a text that IsJsonNumber takes.
+[[nodiscard]] double ReadPlainNumber(WStringView text) noexcept;
+
 /// Writes a number with six decimals at most, without zeros at the end; one that lies less than
 /// 1e-05 above (or of a negative one, beside) an integer as that integer. One that would take more
 /// units than there may be is written with an exponent, so that it reads back the same; one that

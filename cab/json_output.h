@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <cstring>
 #include <new>
 
 #include "cab/json_escapes.h"
@@ -22,6 +21,15 @@ public:
     JsonOutput& operator=(const JsonOutput&) = delete;
     ~JsonOutput() { (void)text_.SetLength(oldLength_); }  // It has that room.
 
+    /// Makes room for what is likely to come; it does not matter if there is none.
+    void Expect(std::size_t units) noexcept {
+        const std::size_t used = static_cast<std::size_t>(at_ - start_);
+        if (units > static_cast<std::size_t>(end_ - at_) && units <= WString::kMaxLength - used &&
+            text_.Reserve(static_cast<std::uint32_t>(used + units))) {
+            Rebase(used);
+        }
+    }
+
     void Finish() noexcept { oldLength_ = static_cast<std::uint32_t>(at_ - start_); }
 
     /// Gives room for `units`; write them, and hand the end to Advance.
@@ -37,9 +45,14 @@ public:
         at_ = at + 1;
     }
     void Put(WStringView text) {
-        if (text.empty()) return;
-        std::memcpy(Room(text.size()), text.data(), text.size() * sizeof(WCHAR));
-        at_ += text.size();
+        WCHAR* const at = Room(text.size());
+        if (text.size() > kShort) {
+            CopyUnits(text, at);
+        } else {
+            // Most are short, and a call would take longer.
+            for (std::size_t i = 0; i < text.size(); ++i) at[i] = text[i];
+        }
+        at_ = at + text.size();
     }
     /// A line feed and tabs.
     void PutLine(std::uint32_t tabs) {
@@ -56,11 +69,16 @@ public:
     }
     /// Stripped text, with its quotes.
     void PutRaw(WStringView text, bool restoresQuotes) {
-        Put(text);
-        if (restoresQuotes) std::replace(at_ - text.size(), at_, kHiddenQuote, WCHAR{'"'});
+        if (restoresQuotes) {
+            Advance(CopyWithQuotes(text, Room(text.size())));
+        } else {
+            Put(text);
+        }
     }
 
 private:
+    static constexpr std::size_t kShort = 12;  // Units.
+
     void Grow(std::size_t units) {
         const auto used = static_cast<std::size_t>(at_ - start_);
         if (units > WString::kMaxLength - used) throw std::bad_alloc();
@@ -71,6 +89,9 @@ private:
             !text_.Reserve(static_cast<std::uint32_t>(used + units))) {
             throw std::bad_alloc();
         }
+        Rebase(used);
+    }
+    void Rebase(std::size_t used) noexcept {
         start_ = text_.Data();
         at_ = start_ + used;
         end_ = start_ + text_.Capacity();

@@ -2,6 +2,8 @@
 
 #include <bit>
 
+#include "foundation/bit_kernels.h"
+
 namespace AUX::CAB {
 
 // Blocks with too few closing brackets to end the nesting are passed by their counts.
@@ -13,9 +15,9 @@ bool JsonTextScan::SkipBrackets() noexcept {
         const std::uint64_t open = (isSquare_ ? bits.openSquare : bits.openCurly) & outside;
         const std::uint64_t close = (isSquare_ ? bits.closeSquare : bits.closeCurly) & outside;
         const std::uint64_t zero = bits.zero & left_;
-        const auto closings = static_cast<std::uint64_t>(std::popcount(close));
+        const auto closings = std::uint64_t{CountWord(close)};
         if (zero == 0 && closings < depth) {
-            depth += static_cast<std::uint64_t>(std::popcount(open)) - closings;
+            depth += CountWord(open) - closings;
             continue;
         }
         for (std::uint64_t all = open | close | zero; all; all &= all - 1) {

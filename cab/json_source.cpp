@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "cab/json_blocks.h"
+#include "foundation/bit_kernels.h"
 
 namespace AUX::CAB {
 namespace {
@@ -100,7 +101,7 @@ bool JsonSource::FindMarks() {
     JsonBlocks blocks(text_, 0, length_);
     for (; blocks.IsValid(); blocks.Step()) {
         if (blocks.Bits().zero) return false;
-        count += static_cast<std::size_t>(std::popcount(blocks.Structure()));
+        count += CountWord(blocks.Structure());
     }
     if (count >= kNone - JsonMark::kFirstMatch) return false;
     markList_ = static_cast<JsonMark*>(::operator new(count * sizeof(JsonMark)));

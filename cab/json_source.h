@@ -57,9 +57,19 @@ public:
         return scratch_;
     }
 
+    /// Whether a part of the text may be gone over without marks. That is so for as long as all
+    /// such parts, but for the root itself, are no more than an eighth of the text together.
+    [[nodiscard]] bool MayScan(std::uint32_t start, std::uint32_t length) noexcept {
+        if (start == rootStart_) return true;
+        if (length > scansLeft_) return false;
+        scansLeft_ -= length;
+        return true;
+    }
     /// Where the root's bracket stands.
-    [[nodiscard]] std::uint32_t RootStart() const noexcept { return rootStart_; }
-    void SetRootStart(std::uint32_t start) noexcept { rootStart_ = start; }
+    void SetRootStart(std::uint32_t start) noexcept {
+        rootStart_ = start;
+        scansLeft_ = length_ / 8;
+    }
 
     /// The marks of the whole text, found at the first call. It never takes more than one pass over
     /// the text to know where a bracket closes, however deep it lies.
@@ -94,6 +104,7 @@ private:
     std::uint32_t markCount_ = 0;
     std::uint32_t length_ = 0;
     std::uint32_t rootStart_ = 0;
+    std::uint32_t scansLeft_ = 0;  // Units.
     std::vector<JsonNode*> scratch_;
     Marks marks_ = Marks::NotSought;
 };

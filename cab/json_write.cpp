@@ -4,6 +4,7 @@
 #include "cab/json_fetch.h"
 #include "cab/json_output.h"
 #include "cab/json_quotes.h"
+#include "cab/json_source.h"
 #include "cab/json_text.h"
 
 namespace AUX::CAB {
@@ -18,6 +19,7 @@ public:
 
     /// Without recursion: trees may be deep.
     void Write(JsonNode& root, std::uint32_t indent, JsonPlace place) {
+        out_.Expect(LikelyUnits(root));
         Open(root, indent, place);
         while (!open_.empty()) {
             Level& level = open_.back();
@@ -43,6 +45,14 @@ private:
         std::uint32_t indent;
         JsonType type;
     };
+
+    /// What was parsed is about as long again, or half as long again with line feeds and tabs.
+    std::size_t LikelyUnits(const JsonNode& root) const noexcept {
+        if (!root.fetched) return root.textLength;
+        if (!root.isParsed || !root.IsContainer() || root.nameLength > 0) return 0;
+        const std::size_t units = root.source->Length();
+        return isFormatted_ ? units + units / 2 : units;
+    }
 
     /// Writes all of a leaf, and of a container what stands before its children.
     void Open(JsonNode& node, std::uint32_t indent, JsonPlace place) {
