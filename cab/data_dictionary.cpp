@@ -62,13 +62,12 @@ bool DataDictionary::FillFromSpec(Table& table, const ItemSpec& own) noexcept {
     (void)SpecAt(own, -1, &total);  // Only the number is asked for.
     if (total > 0x7FFFFFFF || !table.EnsureCapacity(static_cast<std::uint32_t>(total)))
         return false;
-    // Of two declarations of one key the last one stands: a set's own after one that it includes.
-    for (std::int64_t i = total; i-- > 0;) {
+    for (std::int64_t i = 0; i < total; ++i) {
         const ItemSpec* const entry = SpecAt(own, i);
         if (!entry || !entry->name || entry->kind == Kind::None)
             continue;  // An invalid declaration.
         const WStringView key(entry->name);
-        if (FindKey(table, key.data(), KeyBytes(key)) >= 0) continue;
+        if (FindKey(table, key.data(), KeyBytes(key)) >= 0) continue;  // The first one stands.
         if (entry->kind == Kind::Container) continue;
         std::unique_ptr<DataItem> child = CreateItem(root, this, entry, nullptr, entry->kind);
         if (!child) return false;
@@ -189,7 +188,7 @@ bool DataDictionary::AssignValue(DataItem& from, bool withFlags) noexcept {
         (void)SpecAt(*own, -1, &total);  // Only the number is asked for.
         for (std::int64_t i = 0; isWell && i < total; ++i) {
             const ItemSpec* const entry = SpecAt(*own, i);
-            // Of two declarations of one key only the one that stands has the value.
+            // Of two declarations of one key the first one stands, and so does its value.
             if (!entry || !entry->name) continue;
             DataItem* const present = Find(entry->name);
             if (!present || present->GetSpec() != entry) continue;

@@ -53,6 +53,13 @@ ItemSpec Include(const ItemSpec* entries, std::int64_t count) noexcept {
     return include;
 }
 
+/// Gives a container the entries of a complete set. Nothing points into an empty one.
+void ReferTo(const SpecSet& set, ItemSpec& spec) noexcept {
+    if (set.Count() == 0) return;
+    spec.entries = set.entries.data();
+    spec.count = spec.kind == Kind::Dictionary ? set.Count() : 0;
+}
+
 /// One level deeper while it lives.
 class Descent {
 public:
@@ -92,14 +99,17 @@ Kind KindOfName(WStringView name) noexcept {
 CompiledTemplate TemplateReader::Read(WStringView name) {
     const ElementPtr root = FindChild(element_, TEXT("Root"), name);
     if (!root) Refuse();
-    result_.root = ReadItem(*root.Get(), AttributeOf(*root.Get(), TEXT("id")));
+    const SpecSet* open = nullptr;  // When the root has been read, no set is open.
+    result_.root = ReadItem(*root.Get(), AttributeOf(*root.Get(), TEXT("id")), open);
+    CloseReferences();
     const ItemSpec& spec = result_.root;
     if (spec.kind != Kind::Dictionary || !spec.entries || spec.count == 0) Refuse();
     if (!CanBeBuilt(result_)) Refuse();
     return std::move(result_);
 }
 
-ItemSpec TemplateReader::ReadItem(IXMLDOMElement& element, WStringView name) {
+ItemSpec TemplateReader::ReadItem(IXMLDOMElement& element, WStringView name, const SpecSet*& open) {
+    open = nullptr;
     ItemSpec spec{};
     spec.kind = KindOfName(AttributeOf(element, TEXT("type")));
     if (spec.kind == Kind::None) return {};
@@ -112,10 +122,11 @@ ItemSpec TemplateReader::ReadItem(IXMLDOMElement& element, WStringView name) {
     if (IsContainer(spec.kind)) {
         const KeyText id = AttributeOf(element, TEXT("itemSet"));
         const SpecSet* const set = id.empty() ? nullptr : FindSet(id);
-        // Nothing points into a set that stays empty.
-        const bool hasEntries = set && (set->Count() > 0 || !set->isComplete);
-        spec.entries = hasEntries ? set->entries.data() : nullptr;
-        spec.count = hasEntries && spec.kind == Kind::Dictionary ? set->Count() : 0;
+        if (set && !set->isComplete) {
+            open = set;
+        } else if (set) {
+            ReferTo(*set, spec);
+        }
     } else {
         ReadDefault(element, spec);
     }
@@ -183,7 +194,9 @@ void TemplateReader::AddItem(IXMLDOMElement& element, SpecSet& set) {
         if (!place) return;  // The key is taken by something else.
         rest = rest.substr(dot + 1);
     }
-    const ItemSpec spec = ReadItem(element, rest);
+    const SpecSet* open = nullptr;
+    const ItemSpec spec = ReadItem(element, rest, open);
+    if (open) openReferences_.push_back({place, place->entries.size(), open});
     place->entries.push_back(spec);
 }
 
@@ -220,6 +233,12 @@ void TemplateReader::Complete(SpecSet& set) {
     set.nested.clear();
     set.entries.push_back({});
     set.isComplete = true;
+}
+
+void TemplateReader::CloseReferences() noexcept {
+    for (const OpenReference& reference : openReferences_) {
+        ReferTo(*reference.target, reference.holder->entries[reference.index]);
+    }
 }
 
 const ValueSpec* TemplateReader::FindValues(WStringView id) {

@@ -24,18 +24,29 @@ public:
     [[nodiscard]] CompiledTemplate Read(WStringView name);
 
 private:
-    [[nodiscard]] ItemSpec ReadItem(IXMLDOMElement& element, WStringView name);
+    /// A declaration whose entries are those of a set that was still being read.
+    struct OpenReference {
+        SpecSet* holder;
+        std::size_t index;
+        const SpecSet* target;
+    };
+
+    /// \param open  Gets the set of the entries, if it is still being read; else null.
+    [[nodiscard]] ItemSpec ReadItem(IXMLDOMElement& element, WStringView name,
+                                    const SpecSet*& open);
     [[nodiscard]] const SpecSet* FindSet(WStringView id);
     void ReadSet(IXMLDOMElement& element, SpecSet& set);
     void AddItem(IXMLDOMElement& element, SpecSet& set);
     [[nodiscard]] SpecSet* StepInto(SpecSet& set, WStringView key);
     void Complete(SpecSet& set);
+    void CloseReferences() noexcept;
     void ReadDefault(IXMLDOMElement& element, ItemSpec& spec);
     [[nodiscard]] const ValueSpec* FindValues(WStringView id);
     [[nodiscard]] NamedTableWord* FindTable(WStringView id);
 
     IXMLDOMNode& element_;
     CompiledTemplate result_;
+    Vector<OpenReference> openReferences_;
     int depth_ = 0;
 };
 

@@ -43,11 +43,11 @@ TEST(Items, ShapesATemplatedBag) {
     text.defaultString = TEXT("dflt");
     ItemSpec hidden = Leaf(TEXT("h"), Kind::Bool);
     hidden.flags = SpecTemp;
-    const ItemSpec other = Leaf(TEXT("n"), Kind::Double);
-    const ItemSpec shared[] = {other, text, {}};
+    const ItemSpec shared[] = {number, text, {}};
+    const ItemSpec again = Leaf(TEXT("n"), Kind::Double);
     const ItemSpec looseSet[] = {any, {}};
     const ItemSpec set[] = {
-        Branch(nullptr, Kind::Dictionary, shared, 2, SpecInclude),      number, hidden, {},
+        Branch(nullptr, Kind::Dictionary, shared, 2, SpecInclude),      again, hidden, {},
         Branch(TEXT("free"), Kind::Dictionary, looseSet, 1, SpecLoose), {}};
     const ItemSpec rootSpec = Branch(nullptr, Kind::Dictionary, set, 5);
     std::int64_t total = 0;
@@ -59,7 +59,7 @@ TEST(Items, ShapesATemplatedBag) {
     const Bag bag = MakeBag(&rootSpec);
     DataItem& root = *bag->GetRootItem();
     DataDictionary& keys = *root.AsDictionary();
-    EXPECT_EQ(keys.GetCount(), 4u) << "the last declaration of a key, and no invalid one";
+    EXPECT_EQ(keys.GetCount(), 4u) << "the first declaration of a key, and no invalid one";
     EXPECT_TRUE(root.IsDefault());
     EXPECT_EQ(IntOf(keys.Find(TEXT("n"))), 5);
     EXPECT_EQ(keys.Find(TEXT("h"))->GetFlags(), ItemTransient);

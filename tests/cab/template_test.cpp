@@ -124,10 +124,7 @@ TEST(Template, CompilesWhatIsDeclared) {
          "a:{} b:[] c:[]"},
         {"includes come first", R"(<Item id="a" type="Int"/><ItemSetRef id="t"/>)",
          "x:1 y:{z:2} a:0"},
-        {"a set in itself",
-         R"(<ItemSetRef id="s"/><Item id="a" type="Int"/>
-            <Item id="b" type="Dictionary" itemSet="s"/>)",
-         "a:0 b:{a:0}"},
+        {"a set in itself", R"(<ItemSetRef id="s"/><Item id="a" type="Int"/>)", "a:0"},
         {"an array of its own set", R"(<Item id="a" type="Array" itemSet="t"/>)", "a:[x:1]"},
         {"dotted keys share", R"(<Item id="a.b" type="Int"/><Item id="a.c.d" type="Int"/>
                                  <Item id="e" type="Int"/><Item id="a.c.f" type="Bool"/>)",
@@ -207,7 +204,14 @@ TEST(Template, RefusesWhatIsNone) {
         {"no dictionary",
          R"(<Root type="Array" itemSet="s"/><ItemSet id="s"><Item type="Int"/></ItemSet>)"},
         {"no kind", R"(<Root itemSet="s"/><ItemSet id="s"><Item type="Int"/></ItemSet>)"},
-        {"a dictionary in itself, without an end",
+        {"a dictionary in itself",
+         R"(<Root type="Dictionary" itemSet="s"/><ItemSet id="s"><Item id="x" type="Int"/>
+            <Item id="d" type="Dictionary" itemSet="s"/></ItemSet>)"},
+        {"round a corner",
+         R"(<Root type="Dictionary" itemSet="s"/><ItemSet id="s"><Item id="a" type="Array" itemSet="t"/>
+            </ItemSet><ItemSet id="t"><Item id="x" type="Dictionary" itemSet="u"/></ItemSet>
+            <ItemSet id="u"><Item id="y" type="Dictionary" itemSet="t"/></ItemSet>)"},
+        {"by a dotted key",
          R"(<Root type="Dictionary" itemSet="s"/><ItemSet id="s"><Item id="a.x" type="Int"/>
             <Item id="a.d" type="Dictionary" itemSet="s"/></ItemSet>)"},
     };
@@ -234,6 +238,23 @@ TEST(Template, RefusesWhatIsNone) {
                   R"(<Root type="Dictionary" itemSet="s"/><ItemSet id="s"><Item type="Int" id=")" +
                   dotted + R"("/></ItemSet>)")),
               kInvalid);
+}
+
+TEST(Template, SetsMayHaveElementsOfThemselves) {
+    const SetPtr set = Loaded(
+        R"(<Root type="Dictionary" itemSet="s"/>
+           <ItemSet id="s"><Item id="kids" type="Dictionary" loose="1" itemSet="s"/>
+           <Item id="list" type="Array" itemSet="t"/></ItemSet>
+           <ItemSet id="t"><Item type="Dictionary" itemSet="s"/></ItemSet>)");
+    std::unique_ptr<TemplateHandle> handle;
+    ASSERT_EQ(set->GetRoot({}, handle), S_OK);
+    const Bag bag(DataRoot::Create(std::move(handle)));
+    ASSERT_TRUE(bag);
+    DataItem& root = *bag->GetRootItem();
+    EXPECT_TRUE(MakePath(root, TEXT("kids.a.b.c"), Kind::Dictionary));
+    EXPECT_FALSE(MakePath(root, TEXT("kids.d"), Kind::Int));
+    EXPECT_TRUE(MakePath(root, TEXT("list[0].list[0].kids.a"), Kind::Dictionary));
+    EXPECT_TRUE(FindPath(root, TEXT("list[0].list[0].list")));
 }
 
 TEST(Template, LoadsFromEverySource) {
