@@ -1,30 +1,19 @@
 #include "cab/base64.h"
 
-#include <array>
 #include <new>
 
 #include "cab/base64_kernels.h"
 #include "foundation/system_facts.h"
+#include "platform/processor.h"
 
 namespace AUX::CAB {
 namespace {
 
-constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-constexpr std::uint8_t kNotInAlphabet = 0xFF;
-
-constexpr std::array<std::uint8_t, 256> MakeNumbers() noexcept {
-    std::array<std::uint8_t, 256> numbers{};
-    numbers.fill(kNotInAlphabet);
-    for (std::uint8_t i = 0; i < 64; ++i) numbers[static_cast<std::uint8_t>(kAlphabet[i])] = i;
-    return numbers;
-}
-constexpr std::array<std::uint8_t, 256> kNumbers = MakeNumbers();
-
 std::uint32_t NumberOf(WCHAR unit) noexcept {
-    return unit < kNumbers.size() ? kNumbers[unit] : kNotInAlphabet;
+    return unit <= 0xFF ? kBase64Numbers.of[unit] : kNotInAlphabet;
 }
 
-WCHAR Letter(std::uint32_t bits) noexcept { return static_cast<WCHAR>(kAlphabet[bits & 63]); }
+WCHAR Letter(std::uint32_t bits) noexcept { return static_cast<WCHAR>(kBase64Alphabet[bits & 63]); }
 
 /// Decodes one group. \return false if a unit is not in the alphabet.
 bool DecodeGroup(const WCHAR* text, std::uint8_t* out) noexcept {
@@ -38,11 +27,25 @@ bool DecodeGroup(const WCHAR* text, std::uint8_t* out) noexcept {
     return true;
 }
 
+// What the fastest form that this processor runs has taken.
+std::size_t EncodeFront(const std::uint8_t* bytes, std::size_t size, WCHAR* out) noexcept {
+    // Whoever has VBMI2 has VBMI.
+    if (platform::HasAvx512Compress()) return EncodeBase64Avx512(bytes, size, out);
+    return Facts().hasAvx2 ? EncodeBase64Avx2(bytes, size, out) : 0;
+}
+
+std::size_t DecodeFront(const WCHAR* text, std::size_t length, std::uint8_t* out) noexcept {
+    std::size_t taken = 0;
+    if (platform::HasAvx512Compress()) taken = DecodeBase64Avx512(text, length, out);
+    if (!Facts().hasAvx2) return taken;
+    return taken + DecodeBase64Avx2(text + taken, length - taken, out + taken / 4 * 3);
+}
+
 }  // namespace
 
 void EncodeBase64(const void* data, std::size_t size, WCHAR* out) noexcept {
     const auto* bytes = static_cast<const std::uint8_t*>(data);
-    std::size_t at = Facts().hasAvx2 ? EncodeBase64Avx2(bytes, size, out) : 0;
+    std::size_t at = EncodeFront(bytes, size, out);
     out += at / 3 * 4;
     for (; size - at >= 3; at += 3, out += 4) {
         const auto group =
@@ -67,7 +70,7 @@ std::size_t DecodeBase64(WStringView text, std::uint8_t* out) noexcept {
     std::uint8_t* const start = out;
     const WCHAR* const units = text.data();
     const std::size_t last = text.size() - 4;
-    std::size_t at = Facts().hasAvx2 ? DecodeBase64Avx2(units, last, out) : 0;
+    std::size_t at = DecodeFront(units, last, out);
     out += at / 4 * 3;
     for (; at < last; at += 4, out += 3) {
         if (!DecodeGroup(units + at, out)) return 0;

@@ -128,8 +128,9 @@ std::size_t DecodeEscapes(WStringView text, WCHAR* out) noexcept {
 
 // Not inline: compilers warn of literals that are known to be too short for it, where they do not
 // see that their length keeps them from getting there.
-void CopyUnits(WStringView text, WCHAR* out) noexcept {
+WCHAR* CopyManyUnits(WStringView text, WCHAR* out) noexcept {
     std::memcpy(out, text.data(), text.size() * sizeof(WCHAR));
+    return out + text.size();
 }
 
 WCHAR* CopyWithQuotes(WStringView text, WCHAR* out) noexcept {

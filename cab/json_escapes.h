@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 
 #include "foundation/wstring_view.h"
 
@@ -17,8 +18,30 @@ inline constexpr WCHAR kHiddenQuote = 1;
 /// the backslash if anything follows it. \return the units written.
 [[nodiscard]] std::size_t DecodeEscapes(WStringView text, WCHAR* out) noexcept;
 
-/// Copies a text.
-void CopyUnits(WStringView text, WCHAR* out) noexcept;
+/// Copies a text of more than kFewUnits. \return the end of what was written.
+WCHAR* CopyManyUnits(WStringView text, WCHAR* out) noexcept;
+inline constexpr std::size_t kFewUnits = 16;
+
+/// Copies a text; most are short, and a call would take longer. \return the end.
+inline WCHAR* CopyUnits(WStringView text, WCHAR* out) noexcept {
+    // Two moves of a fixed size, which may overlap, take all lengths up to double that size.
+    const auto copy = [&]<std::size_t kUnits>() noexcept {
+        WCHAR ends[2][kUnits];
+        std::memcpy(ends[0], text.data(), sizeof ends[0]);
+        std::memcpy(ends[1], text.data() + text.size() - kUnits, sizeof ends[1]);
+        std::memcpy(out, ends[0], sizeof ends[0]);
+        std::memcpy(out + text.size() - kUnits, ends[1], sizeof ends[1]);
+    };
+    if (text.size() > kFewUnits) return CopyManyUnits(text, out);
+    if (text.size() >= 8) {
+        copy.template operator()<8>();
+    } else if (text.size() >= 4) {
+        copy.template operator()<4>();
+    } else {
+        for (std::size_t i = 0; i < text.size(); ++i) out[i] = text[i];
+    }
+    return out + text.size();
+}
 
 /// Copies a stripped text with its quotes restored; `out` has room for it. \return the end.
 [[nodiscard]] WCHAR* CopyWithQuotes(WStringView text, WCHAR* out) noexcept;

@@ -27,6 +27,17 @@ void SetText(JsonNode& node, WStringView text) noexcept {
     node.textLength = static_cast<std::uint32_t>(text.size());
 }
 
+JsonNode& MakeParsedNode(JsonSource& source, JsonType type, WStringView raw) {
+    auto* const node = new (source.Allocate(sizeof(JsonNode))) JsonNode{};
+    node->type = type;
+    node->isParsed = true;
+    SetText(*node, raw);
+    node->place = JsonTextScan::kNoPlace;
+    node->refCount = 1;
+    node->source = &source;
+    return *node;
+}
+
 void SetFetched(JsonNode& node, JsonType type, bool value) noexcept {
     node.type = type;
     node.fetched = true;
@@ -127,8 +138,9 @@ private:
     }
 
     void AddChild(WStringView key, WStringView piece, bool hasKey = false) {
-        JsonNode* const node = NewParsedNode(source_, JsonType::Null, {});
-        node->comment = TakeComments(source_, hasKey ? key : piece);
+        JsonNode* const node = &MakeParsedNode(source_, JsonType::Null, {});
+        WStringView& front = hasKey ? key : piece;
+        if (!front.empty() && front[0] == '#') node->comment = TakeComments(source_, front);
         if (hasKey) {
             bool hasEscapes = false;
             const WStringView name = Decode(source_, key.substr(1), hasEscapes);
@@ -200,7 +212,8 @@ JsonChildren* MakeList(JsonNode& node, const Children& children) {
     auto* const list = static_cast<JsonChildren*>(node.isParsed ? node.source->Allocate(bytes)
                                                                 : ::operator new(bytes));
     list->count = list->capacity = static_cast<std::uint32_t>(children.size());
-    std::copy(children.begin(), children.end(), list->Items());
+    JsonNode** place = list->Items();
+    for (JsonNode* const child : children) *place++ = child;  // Mostly few: no call.
     if (!node.isParsed) node.source->AddRef(static_cast<std::int64_t>(children.size()));
     return list;
 }
@@ -231,14 +244,7 @@ void BecomeNull(JsonNode& node) noexcept {
 }
 
 JsonNode* NewParsedNode(JsonSource& source, JsonType type, WStringView raw) {
-    auto* const node = new (source.Allocate(sizeof(JsonNode))) JsonNode{};
-    node->type = type;
-    node->isParsed = true;
-    SetText(*node, raw);
-    node->place = JsonTextScan::kNoPlace;
-    node->refCount = 1;
-    node->source = &source;
-    return node;
+    return &MakeParsedNode(source, type, raw);
 }
 
 const JsonComment* TakeComments(JsonSource& source, WStringView& piece) {

@@ -44,16 +44,7 @@ public:
         *at = unit;
         at_ = at + 1;
     }
-    void Put(WStringView text) {
-        WCHAR* const at = Room(text.size());
-        if (text.size() > kShort) {
-            CopyUnits(text, at);
-        } else {
-            // Most are short, and a call would take longer.
-            for (std::size_t i = 0; i < text.size(); ++i) at[i] = text[i];
-        }
-        at_ = at + text.size();
-    }
+    void Put(WStringView text) { at_ = CopyUnits(text, Room(text.size())); }
     /// A line feed and tabs.
     void PutLine(std::uint32_t tabs) {
         WCHAR* const at = Room(std::size_t{tabs} + 1);
@@ -77,8 +68,6 @@ public:
     }
 
 private:
-    static constexpr std::size_t kShort = 12;  // Units.
-
     void Grow(std::size_t units) {
         const auto used = static_cast<std::size_t>(at_ - start_);
         if (units > WString::kMaxLength - used) throw std::bad_alloc();

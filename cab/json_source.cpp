@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "cab/json_blocks.h"
-#include "foundation/bit_kernels.h"
 
 namespace AUX::CAB {
 namespace {
@@ -18,43 +17,59 @@ constexpr std::uint32_t kNone = 0xFFFFFFFF;
 /// What MarksOfText fills in, with the openings that still wait as two chains through their links.
 class MarkList {
 public:
-    explicit MarkList(JsonMark* marks) noexcept : marks_(marks) {}
+    explicit MarkList(std::uint32_t textLength)
+        : capacity_(textLength / kUnitsPerMark + kJsonBlock), marks_(Allocate(capacity_)) {}
+    MarkList(const MarkList&) = delete;
+    MarkList& operator=(const MarkList&) = delete;
+    ~MarkList() { ::operator delete(marks_); }
 
-    void Add(std::uint32_t position, WCHAR unit) noexcept {
-        std::uint32_t link = JsonMark::kComma;
-        switch (unit) {
-            case ',':
-                break;
-            case ':':
-                link = JsonMark::kColon;
-                break;
-            case '[':
-                link = std::exchange(square_, count_);
-                break;
-            case '{':
-                link = std::exchange(curly_, count_);
-                break;
-            default:
-                Close(unit == ']' ? square_ : curly_);
-                link = JsonMark::kClose;
-        }
-        marks_[count_++] = {position, link};
+    /// For the marks of a block. \param unitsLeft  Of the text, with the block.
+    void MakeRoom(std::uint32_t unitsLeft) {
+        if (capacity_ - count_ >= kJsonBlock) return;
+        capacity_ += std::min<std::size_t>(capacity_, unitsLeft) + kJsonBlock;
+        JsonMark* const larger = Allocate(capacity_);
+        std::copy_n(marks_, count_, larger);
+        ::operator delete(std::exchange(marks_, larger));
     }
 
-    void End() noexcept {
+    [[nodiscard]] std::uint32_t Count() const noexcept { return count_; }
+
+    void Add(std::uint32_t position, WCHAR unit) noexcept {
+        if (unit == ',' || unit == ':') {
+            marks_[count_] = {position, unit == ',' ? JsonMark::kComma : JsonMark::kColon};
+        } else if (unit == '[' || unit == '{') {
+            std::uint32_t& waiting = unit == '[' ? square_ : curly_;
+            marks_[count_] = {position, std::exchange(waiting, count_)};
+        } else {
+            Close(unit == ']' ? square_ : curly_);
+            marks_[count_] = {position, JsonMark::kClose};
+        }
+        ++count_;
+    }
+
+    /// Gives the list away.
+    [[nodiscard]] JsonMark* End() noexcept {
         for (std::uint32_t waiting : {square_, curly_}) {
             while (waiting != kNone) {
                 waiting = std::exchange(marks_[waiting].link, JsonMark::kUnmatched);
             }
         }
+        return std::exchange(marks_, nullptr);
     }
 
 private:
+    static constexpr std::uint32_t kUnitsPerMark = 5;  // Fewer are rare.
+
+    static JsonMark* Allocate(std::size_t count) {
+        return static_cast<JsonMark*>(::operator new(count * sizeof(JsonMark)));
+    }
+
     void Close(std::uint32_t& waiting) noexcept {
         if (waiting == kNone) return;
         waiting = std::exchange(marks_[waiting].link, count_ + JsonMark::kFirstMatch);
     }
 
+    std::size_t capacity_;
     JsonMark* marks_;
     std::uint32_t count_ = 0;
     std::uint32_t square_ = kNone;
@@ -97,24 +112,19 @@ void* JsonSource::AllocateChunk(std::size_t bytes) {
 }
 
 bool JsonSource::FindMarks() {
-    std::size_t count = 0;
-    JsonBlocks blocks(text_, 0, length_);
-    for (; blocks.IsValid(); blocks.Step()) {
+    MarkList marks(length_);
+    for (JsonBlocks blocks(text_, 0, length_); blocks.IsValid(); blocks.Step()) {
         if (blocks.Bits().zero) return false;
-        count += CountWord(blocks.Structure());
-    }
-    if (count >= kNone - JsonMark::kFirstMatch) return false;
-    markList_ = static_cast<JsonMark*>(::operator new(count * sizeof(JsonMark)));
-    markCount_ = static_cast<std::uint32_t>(count);
-    MarkList marks(markList_);
-    for (JsonBlocks again(text_, 0, length_); again.IsValid(); again.Step()) {
-        for (std::uint64_t bits = again.Structure(); bits; bits &= bits - 1) {
+        marks.MakeRoom(length_ - blocks.Position());
+        for (std::uint64_t bits = blocks.Structure(); bits; bits &= bits - 1) {
             const std::uint32_t position =
-                again.Position() + static_cast<std::uint32_t>(std::countr_zero(bits));
+                blocks.Position() + static_cast<std::uint32_t>(std::countr_zero(bits));
             marks.Add(position, text_[position]);
         }
     }
-    marks.End();
+    if (marks.Count() >= kNone - JsonMark::kFirstMatch) return false;
+    markCount_ = marks.Count();
+    markList_ = marks.End();
     return true;
 }
 
