@@ -147,37 +147,32 @@ WCHAR* CopyWithQuotes(WStringView text, WCHAR* out) noexcept {
 
 namespace {
 
-WCHAR* EncodeOne(WCHAR unit, WCHAR* out) noexcept {
+// The letters of the short escapes; 0 where there is none.
+struct ShortEscapes {
+    char of[0x80];
+};
+constexpr ShortEscapes kShortEscapes = [] {
+    ShortEscapes escapes{};
+    constexpr char kPairs[][2] = {{0x08, 'b'}, {0x09, 't'}, {0x0A, 'n'}, {0x0C, 'f'},
+                                  {0x0D, 'r'}, {'"', '"'},  {'/', '/'},  {'\\', '\\'}};
+    for (const auto& pair : kPairs) escapes.of[static_cast<int>(pair[0])] = pair[1];
+    return escapes;
+}();
+
+inline WCHAR* EncodeOne(WCHAR unit, WCHAR* out) noexcept {
     constexpr char kDigits[] = "0123456789ABCDEF";
-    *out++ = '\\';
-    switch (unit) {
-        case 0x08:
-            *out++ = 'b';
-            return out;
-        case 0x09:
-            *out++ = 't';
-            return out;
-        case 0x0A:
-            *out++ = 'n';
-            return out;
-        case 0x0C:
-            *out++ = 'f';
-            return out;
-        case 0x0D:
-            *out++ = 'r';
-            return out;
-        case '"':
-        case '/':
-        case '\\':
-            *out++ = unit;
-            return out;
-        default:
-            *out++ = 'u';
-            for (int shift = 12; shift >= 0; shift -= 4) {
-                *out++ = static_cast<WCHAR>(kDigits[unit >> shift & 15]);
-            }
-            return out;
+    const char letter = unit < 0x80 ? kShortEscapes.of[unit] : '\0';
+    out[0] = '\\';
+    if (letter) {
+        out[1] = static_cast<WCHAR>(letter);
+        return out + 2;
     }
+    out[1] = 'u';
+    out[2] = static_cast<WCHAR>(kDigits[unit >> 12]);
+    out[3] = static_cast<WCHAR>(kDigits[unit >> 8 & 15]);
+    out[4] = static_cast<WCHAR>(kDigits[unit >> 4 & 15]);
+    out[5] = static_cast<WCHAR>(kDigits[unit & 15]);
+    return out + 6;
 }
 
 bool IsPlain(WCHAR unit) noexcept {

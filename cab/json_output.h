@@ -45,6 +45,10 @@ public:
         at_ = at + 1;
     }
     void Put(WStringView text) { at_ = CopyUnits(text, Room(text.size())); }
+    template <std::size_t kSize>
+    void PutLiteral(const WCHAR (&text)[kSize]) {
+        at_ = std::copy_n(text, kSize - 1, Room(kSize - 1));
+    }
     /// A line feed and tabs.
     void PutLine(std::uint32_t tabs) {
         WCHAR* const at = Room(std::size_t{tabs} + 1);

@@ -1,5 +1,6 @@
 #include <atomic>
 #include <vector>
+#include <xmmintrin.h>
 
 #include "cab/json_fetch.h"
 #include "cab/json_output.h"
@@ -50,10 +51,15 @@ private:
     /// Writes the next children for as long as they are leaves with nothing special about them.
     void PutPlainLeaves(Level& level) {
         constexpr std::uint32_t kMostUnits = 4096;
+        constexpr std::uint32_t kAhead = 4;
         constexpr std::size_t kSigns = 10;  // A comma, a line feed, four quotes, a colon, blanks.
         const std::uint32_t tabs = isFormatted_ ? level.indent + 1 : 0;
         for (; level.next < level.children.count; ++level.next) {
             const JsonNode& node = *level.children.first[level.next];
+            // Large trees lie out of the caches, and nothing of a node is known before it is there.
+            if (level.next + kAhead < level.children.count) {
+                _mm_prefetch(level.children.first[level.next + kAhead], _MM_HINT_T0);
+            }
             if (!node.fetched || node.IsContainer() || node.nameEncoded || node.textEncoded ||
                 node.nameLength > kMostUnits || node.textLength > kMostUnits ||
                 (isFormatted_ && node.comment)) {
@@ -99,7 +105,7 @@ private:
         const JsonChildSpan children = ChildrenOf(node);
         if (!node.IsContainer()) return PutLeaf(node);
         const bool isArray = node.type == JsonType::Array;
-        if (children.count == 0) return out_.Put(isArray ? TEXT("[]") : TEXT("{}"));
+        if (children.count == 0) return out_.PutLiteral(isArray ? TEXT("[]") : TEXT("{}"));
         out_.Put(isArray ? WCHAR{'['} : WCHAR{'{'});
         open_.push_back({children, 0, indent, node.type});
     }
@@ -111,7 +117,11 @@ private:
         } else {
             out_.Put(node.Name());
         }
-        out_.Put(isFormatted_ ? WStringView(TEXT("\" : ")) : WStringView(TEXT("\":")));
+        if (isFormatted_) {
+            out_.PutLiteral(TEXT("\" : "));
+        } else {
+            out_.PutLiteral(TEXT("\":"));
+        }
     }
 
     void PutLeaf(const JsonNode& node) {
@@ -131,10 +141,10 @@ private:
     void PutComment(WStringView comment, std::uint32_t indent) {
         out_.PutLine(indent);
         if (comment.find(TEXT('\n')) == WStringView::npos) {
-            out_.Put(TEXT("//"));
+            out_.PutLiteral(TEXT("//"));
             out_.Put(comment);
         } else {
-            out_.Put(TEXT("/*"));
+            out_.PutLiteral(TEXT("/*"));
             for (std::size_t at = 0; at <= comment.size();) {
                 const std::size_t end = std::min(comment.find(TEXT('\n'), at), comment.size());
                 WStringView line = comment.substr(at, end - at);
@@ -146,7 +156,7 @@ private:
                 at = end + 1;
             }
             out_.PutLine(indent);
-            out_.Put(TEXT("*/"));
+            out_.PutLiteral(TEXT("*/"));
         }
         out_.PutLine(indent);
     }
