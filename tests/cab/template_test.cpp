@@ -240,6 +240,24 @@ TEST(Template, RefusesWhatIsNone) {
               kInvalid);
 }
 
+TEST(Template, TakesManyItemsAndLongNames) {
+    std::string content = R"(<Root type="Dictionary" itemSet="s"/><ItemSet id="s">)";
+    for (int i = 0; i < 10'000; ++i) {
+        content.append("<Item type='Int' id='key").append(std::to_string(i)).append("'/>");
+    }
+    const std::string longName(500'000, 'k');
+    content.append("<Item type='Int' id='").append(longName).append("'/></ItemSet>");
+    const SetPtr set = Loaded(content);
+    std::unique_ptr<TemplateHandle> handle;
+    ASSERT_EQ(set->GetRoot({}, handle), S_OK);
+    const Bag bag(DataRoot::Create(std::move(handle)));
+    ASSERT_TRUE(bag);
+    DataDictionary& keys = *bag->GetRootItem()->AsDictionary();
+    EXPECT_EQ(keys.GetCount(), 10'001u);
+    EXPECT_TRUE(keys.Find(TEXT("key9999")));
+    EXPECT_TRUE(keys.Find(WStringView(FromUtf8(longName))));
+}
+
 TEST(Template, SetsMayHaveElementsOfThemselves) {
     const SetPtr set = Loaded(
         R"(<Root type="Dictionary" itemSet="s"/>
