@@ -94,7 +94,8 @@ void FindInBag(benchmark::State& state) {
     const Bag bag = MakeBag();
     DataDictionary& keys = *bag->GetRootItem()->AsDictionary();
     for (auto _ : state) {
-        for (const WideString& key : Keys()) benchmark::DoNotOptimize(keys.Find(AUX::WStringView(key)));
+        for (const WideString& key : Keys())
+            benchmark::DoNotOptimize(keys.Find(AUX::WStringView(key)));
     }
 }
 void FindInMap(benchmark::State& state) {

@@ -228,7 +228,7 @@ WStringView DataDictionary::KeyAt(std::uint32_t index) const noexcept {
 
 DataItem* DataDictionary::Find(WStringView key) noexcept {
     if (key.size() > kMaxKeyUnits) return nullptr;
-    const std::int32_t found = FindKey(children, key.data(), KeyBytes(key));
+    const std::int32_t found = hints.Find(children, key);
     return found >= 0 ? children[static_cast<std::uint32_t>(found)].value : nullptr;
 }
 

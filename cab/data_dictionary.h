@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cab/data_container.h"
-#include "cab/key_table.h"
+#include "cab/key_hints.h"
 
 namespace AUX::CAB {
 
@@ -66,6 +66,7 @@ private:
 
     Table children;
     std::uint64_t stamp = 0;
+    KeyHints hints;
 };
 
 }  // namespace AUX::CAB
