@@ -116,9 +116,6 @@ ItemSpec TemplateReader::ReadItem(IXMLDOMElement& element, WStringView name, con
     spec.name = result_.Intern(name).data();
     if (ReadFlag(AttributeOf(element, TEXT("temp")))) spec.flags |= SpecTemp;
     if (ReadFlag(AttributeOf(element, TEXT("loose")))) spec.flags |= SpecLoose;
-    if (const KeyText values = AttributeOf(element, TEXT("valueSpec")); !values.empty()) {
-        spec.values = FindValues(values);
-    }
     if (IsContainer(spec.kind)) {
         const KeyText id = AttributeOf(element, TEXT("itemSet"));
         const SpecSet* const set = id.empty() ? nullptr : FindSet(id);
@@ -129,6 +126,8 @@ ItemSpec TemplateReader::ReadItem(IXMLDOMElement& element, WStringView name, con
         }
     } else {
         ReadDefault(element, spec);
+        const KeyText values = AttributeOf(element, TEXT("valueSpec"));
+        spec.values = values.empty() ? nullptr : FindValues(values);
     }
     return spec;
 }

@@ -120,7 +120,8 @@ TEST(Template, CompilesWhatIsDeclared) {
         {"unknown kinds", R"(<Item id="a" type="bool"/><Item id="b"/><Item id="c" type="Int"/>)",
          "?:none ?:none c:0"},
         {"unknown sets", R"(<Item id="a" type="Dictionary" itemSet="no"/><ItemSetRef id="no"/>
-                            <Item id="b" type="Array" itemSet="no"/><Item id="c" type="Array"/>)",
+                            <Item id="b" type="Array" itemSet="no" valueSpec="v"/>
+                            <Item id="c" type="Array" valueSpec="v"/>)",
          "a:{} b:[] c:[]"},
         {"includes come first", R"(<Item id="a" type="Int"/><ItemSetRef id="t"/>)",
          "x:1 y:{z:2} a:0"},
@@ -142,7 +143,8 @@ TEST(Template, CompilesWhatIsDeclared) {
             std::string(R"(<Root id="r" type="Dictionary" itemSet="s"/><ItemSet id="s">)") +
             c.items +
             R"(</ItemSet><ItemSet id="t"><Item id="x" type="Int" defVal="1"/><Item id="y.z" type="Int" defVal="2"/></ItemSet>
-               <ItemSet id="u"><ItemSetRef id="t"/></ItemSet>)");
+               <ItemSet id="u"><ItemSetRef id="t"/></ItemSet>
+               <ValueSpec id="v"><Range org="1" end="2"/></ValueSpec>)");
         EXPECT_EQ(Root(*set, "r"), std::string("r:{").append(c.shown).append("}")) << c.why;
     }
 }
