@@ -61,6 +61,7 @@ HRESULT SHGetFolderPathW(HWND, int folder, HANDLE, DWORD, LPWSTR path) noexcept 
     return S_OK;
 }
 
+LPVOID CoTaskMemAlloc(SIZE_T size) noexcept { return std::malloc(size ? size : 1); }
 void CoTaskMemFree(LPVOID block) noexcept { std::free(block); }
 
 BOOL PathFileExistsW(LPCWSTR path) noexcept {

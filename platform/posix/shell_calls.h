@@ -109,6 +109,8 @@ HRESULT SHGetKnownFolderPath(REFKNOWNFOLDERID id, DWORD flags, HANDLE token, LPW
 /// As SHGetKnownFolderPath, into a buffer of MAX_PATH units. E_INVALIDARG for an unknown folder.
 HRESULT SHGetFolderPathW(HWND owner, int folder, HANDLE token, DWORD flags, LPWSTR path) noexcept;
 /// Null is passed over.
+/// Null if memory runs out.
+LPVOID CoTaskMemAlloc(SIZE_T size) noexcept;
 void CoTaskMemFree(LPVOID block) noexcept;
 
 inline constexpr UINT SHGFI_ATTRIBUTES = 0x800;
