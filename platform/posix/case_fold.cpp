@@ -46,7 +46,9 @@ constexpr Range kRanges[] = {
     {0x2170, 0x217F, 1, -16},   {0x24D0, 0x24E9, 1, -26}, {0xFF41, 0xFF5A, 1, -32},
 };
 
-WCHAR Fold(WCHAR unit) {
+}  // namespace
+
+WCHAR FoldUnit(WCHAR unit) noexcept {
     if (unit < 0x80) return unit >= 'a' && unit <= 'z' ? static_cast<WCHAR>(unit - 0x20) : unit;
     const Range* const range =
         std::lower_bound(std::begin(kRanges), std::end(kRanges), unit,
@@ -56,11 +58,20 @@ WCHAR Fold(WCHAR unit) {
     return static_cast<WCHAR>(unit + range->offset);
 }
 
-}  // namespace
+WCHAR SmallUnit(WCHAR unit) noexcept {
+    if (unit < 0x80) return unit >= 'A' && unit <= 'Z' ? static_cast<WCHAR>(unit + 0x20) : unit;
+    // The capitals are in no order.
+    for (const Range& range : kRanges) {
+        const int small = unit - range.offset;
+        if (small < range.first || small > range.last) continue;
+        if ((small - range.first) % range.step == 0) return static_cast<WCHAR>(small);
+    }
+    return unit;
+}
 
 WideString FoldCase(WideView text) {
     WideString folded(text);
-    for (WCHAR& unit : folded) unit = Fold(unit);
+    for (WCHAR& unit : folded) unit = FoldUnit(unit);
     return folded;
 }
 

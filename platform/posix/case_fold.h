@@ -10,4 +10,9 @@ namespace platform {
 /// stored in the registry's file, so a change of the table is a change of the file's format.
 WideString FoldCase(WideView text);
 
+/// The capital of one unit, in the same sense.
+[[nodiscard]] WCHAR FoldUnit(WCHAR unit) noexcept;
+/// The small letter of one unit.
+[[nodiscard]] WCHAR SmallUnit(WCHAR unit) noexcept;
+
 }  // namespace platform
