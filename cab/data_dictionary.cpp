@@ -62,22 +62,19 @@ bool DataDictionary::FillFromSpec(Table& table, const ItemSpec& own) noexcept {
     (void)SpecAt(own, -1, &total);  // Only the number is asked for.
     if (total > 0x7FFFFFFF || !table.EnsureCapacity(static_cast<std::uint32_t>(total)))
         return false;
-    for (std::int64_t i = 0; i < total; ++i) {
-        const ItemSpec* const entry = SpecAt(own, i);
-        if (!entry || !entry->name || entry->kind == Kind::None)
-            continue;  // An invalid declaration.
-        const WStringView key(entry->name);
-        if (FindKey(table, key.data(), KeyBytes(key)) >= 0) continue;  // The first one stands.
-        if (entry->kind == Kind::Container) continue;
-        std::unique_ptr<DataItem> child = CreateItem(root, this, entry, nullptr, entry->kind);
+    return ForEachSpec(own, [&](const ItemSpec& entry) {
+        if (!entry.name || entry.kind == Kind::None) return true;  // An invalid declaration.
+        const WStringView key(entry.name);
+        if (FindKey(table, key.data(), KeyBytes(key)) >= 0) return true;  // The first one stands.
+        if (entry.kind == Kind::Container) return true;
+        std::unique_ptr<DataItem> child = CreateItem(root, this, &entry, nullptr, entry.kind);
         if (!child) return false;
         if (DataItem* const old = &table == &children ? nullptr : Find(key)) {
             // A value that does not fit stays at its default.
             (void)child->AssignUnrelated(*old, false);
         }
-        if (!Put(table, key, std::move(child))) return false;
-    }
-    return true;
+        return Put(table, key, std::move(child));
+    });
 }
 
 bool DataDictionary::FillLoose(Table& table, const ItemSpec* entry) noexcept {
@@ -184,16 +181,13 @@ bool DataDictionary::AssignValue(DataItem& from, bool withFlags) noexcept {
     const ItemSpec* const own = GetSpec();
     bool isWell = true;
     if (own && !own->IsLoose()) {
-        std::int64_t total = 0;
-        (void)SpecAt(*own, -1, &total);  // Only the number is asked for.
-        for (std::int64_t i = 0; isWell && i < total; ++i) {
-            const ItemSpec* const entry = SpecAt(*own, i);
+        isWell = ForEachSpec(*own, [&](const ItemSpec& entry) {
             // Of two declarations of one key the first one stands, and so does its value.
-            if (!entry || !entry->name) continue;
-            DataItem* const present = Find(entry->name);
-            if (!present || present->GetSpec() != entry) continue;
-            isWell = Merge(entry->name, other.Find(entry->name), entry, withFlags);
-        }
+            if (!entry.name) return true;
+            DataItem* const present = Find(entry.name);
+            if (!present || present->GetSpec() != &entry) return true;
+            return Merge(entry.name, other.Find(entry.name), &entry, withFlags);
+        });
     } else {
         const ItemSpec* const entry = own ? SpecAt(*own, 0) : nullptr;
         for (std::uint32_t i = 0; isWell && i < other.GetCount() && (entry || !own); ++i) {

@@ -40,6 +40,18 @@ static_assert(sizeof(ItemSpec) == 32);
 [[nodiscard]] const ItemSpec* SpecAt(const ItemSpec& spec, std::int64_t index,
                                      std::int64_t* total = nullptr) noexcept;
 
+/// Calls `visit` with each declaration of a dictionary's spec in the order of SpecAt, in one walk,
+/// until it gives false. \return false if it did.
+template <class Visit>
+bool ForEachSpec(const ItemSpec& spec, Visit&& visit) {
+    if (!spec.entries) return true;
+    for (std::int64_t i = 0; i < spec.count; ++i) {
+        const ItemSpec& entry = spec.entries[i];
+        if (!(entry.flags & SpecInclude ? ForEachSpec(entry, visit) : visit(entry))) return false;
+    }
+    return true;
+}
+
 /// Keeps a template alive for the item that owns the handle, and names a declaration in it.
 class TemplateHandle : public Allocated {
 public:

@@ -30,19 +30,32 @@ double ReadLimit(WStringView text, double unlimited) noexcept {
     return text.front() == '-' ? -kInfinity : kInfinity;
 }
 
-/// The declaration of a key in the sets that a set includes, the first set first.
-const ItemSpec* FindIncluded(const ItemSpec* entries, std::int64_t count,
-                             WStringView key) noexcept {
-    for (std::int64_t i = 0; i < count && (entries[i].flags & SpecInclude); ++i) {
-        const ItemSpec& include = entries[i];
-        for (std::int64_t k = 0; k < include.count; ++k) {
-            const ItemSpec& entry = include.entries[k];
-            if (entry.name && entry.name == key) return &entry;
+/// Looks a key up in the sets that a set includes, the first set first.
+class IncludedKey {
+public:
+    explicit IncludedKey(WStringView key) noexcept : key_(key) {}
+
+    /// \return null if no included set declares it. \throw std::bad_alloc
+    [[nodiscard]] const ItemSpec* Find(const ItemSpec* entries, std::int64_t count) {
+        for (std::int64_t i = 0; i < count && (entries[i].flags & SpecInclude); ++i) {
+            const ItemSpec& include = entries[i];
+            // One that is included by many is searched once.
+            if (!searched_.emplace(include.entries, include.count).second) continue;
+            for (std::int64_t k = 0; k < include.count; ++k) {
+                const ItemSpec& entry = include.entries[k];
+                if (entry.name && entry.name == key_) return &entry;
+            }
+            if (const ItemSpec* found = Find(include.entries, include.count)) return found;
         }
-        if (const ItemSpec* found = FindIncluded(include.entries, include.count, key)) return found;
+        return nullptr;
     }
-    return nullptr;
-}
+
+private:
+    using Place = std::pair<const ItemSpec*, std::int64_t>;
+
+    const WStringView key_;
+    std::set<Place, std::less<>, LibraryAllocator<Place>> searched_;
+};
 
 ItemSpec Include(const ItemSpec* entries, std::int64_t count) noexcept {
     ItemSpec include{};
@@ -209,7 +222,7 @@ SpecSet* TemplateReader::StepInto(SpecSet& set, WStringView key) {
         return nullptr;
     }
     SpecSet& inner = result_.AddAnonymousSet();
-    const ItemSpec* const included = FindIncluded(set.entries.data(), set.Count(), key);
+    const ItemSpec* const included = IncludedKey(key).Find(set.entries.data(), set.Count());
     if (included && included->kind == Kind::Dictionary && included->entries) {
         inner.entries.push_back(Include(included->entries, included->count));
     }

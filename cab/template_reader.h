@@ -12,7 +12,8 @@ public:
     /// Sets within sets, and dictionaries within dictionaries, go so deep at most: bags are built
     /// by recursion.
     static constexpr int kMaxDepth = 256;
-    /// A declared dictionary may stand for so many items at most, those of its sub-trees included.
+    /// A declared dictionary may stand for so many items at most, those of its sub-trees included;
+    /// each inclusion of a set counts as one.
     static constexpr std::uint64_t kMaxItems = 1'000'000;
 
     /// \param element  The document's `CabTemplate`; borrowed.

@@ -260,6 +260,33 @@ TEST(Template, TakesManyItemsAndLongNames) {
     EXPECT_TRUE(keys.Find(WStringView(FromUtf8(longName))));
 }
 
+/// Sets that each include the next one twice; the last has the given items.
+std::string FanOfIncludes(int sets, const std::string& items, const std::string& last) {
+    std::string content = R"(<Root type="Dictionary" itemSet="s0"/>)";
+    for (int i = 0; i <= sets; ++i) {
+        const std::string next = "<ItemSetRef id='s" + std::to_string(i + 1) + "'/>";
+        content += "<ItemSet id='s" + std::to_string(i) + "'>";
+        if (i < sets) content.append(next).append(next);
+        content.append(i == 0 ? items : i == sets ? last : "").append("</ItemSet>");
+    }
+    return content;
+}
+
+TEST(Template, IncludesThatFanOutTakeNoLongTime) {
+    const std::string dotted = "<Item id='a.b' type='Int'/>";
+    EXPECT_EQ(Root(*Loaded(FanOfIncludes(60, dotted, ""))), kInvalid) << "nothing, 2^60 times";
+    const SetPtr set = Loaded(FanOfIncludes(17, dotted, "<Item id='x' type='Int'/>"));
+    std::unique_ptr<TemplateHandle> handle;
+    ASSERT_EQ(set->GetRoot({}, handle), S_OK);
+    std::int64_t total = 0;
+    (void)SpecAt(*handle->GetSpec(), -1, &total);
+    EXPECT_EQ(total, (1 << 17) + 1);
+    const Bag bag(DataRoot::Create(std::move(handle)));
+    ASSERT_TRUE(bag);
+    EXPECT_EQ(bag->GetRootItem()->AsDictionary()->GetCount(), 2u);
+    EXPECT_TRUE(FindPath(*bag->GetRootItem(), TEXT("a.b")));
+}
+
 TEST(Template, SetsMayHaveElementsOfThemselves) {
     const SetPtr set = Loaded(
         R"(<Root type="Dictionary" itemSet="s"/>
