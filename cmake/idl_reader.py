@@ -103,15 +103,24 @@ TOKEN = re.compile(r'\s+|//[^\n]*|/\*.*?\*/|(?P<token>"(?:\\.|[^"\\])*"|'
                    r'0[xX][0-9A-Fa-f]+|\d+\.\d+|\w+|.)', re.S)
 
 
+INCLUDE = re.compile(r'^#include "([^"]+)"$', re.M)
+
+
 class Reader:
     def __init__(self, path, folders, library_types=None, known=None):
         self.path, self.folders = path, folders
         self.known = known if known is not None else {}  # name: Type, of every file
         self.listed = library_types if library_types is not None else []
         with open(path, encoding='utf-8') as file:
-            self.tokens = [m['token'] for m in TOKEN.finditer(file.read()) if m['token']]
+            text = INCLUDE.sub(self.included, file.read())
+            self.tokens = [m['token'] for m in TOKEN.finditer(text) if m['token']]
         self.at = 0
         self.described = None
+
+    def included(self, match):
+        """The text of a file beside this one."""
+        with open(os.path.join(os.path.dirname(self.path), match[1]), encoding='utf-8') as file:
+            return file.read()
 
     def fail(self, why):
         near = ' '.join(self.tokens[max(self.at - 4, 0):self.at + 4])

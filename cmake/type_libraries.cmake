@@ -1,7 +1,7 @@
 # Type libraries come from one IDL file for both builds: widl compiles it on Windows, our own reader
 # (type_library.py) elsewhere.
 #
-# add_type_library(NAME idl)
+# add_type_library(NAME idl included...)
 # Makes NAME.tlb in the calling folder's binary folder and the header <folder>/generated/NAME.h of
 # its interfaces and ids, in both builds; sets <NAME>_TLB and <NAME>_HEADER for the caller.
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
@@ -32,19 +32,19 @@ function(add_type_library name idl)
         set(base ${PROJECT_BINARY_DIR}/idl)
         add_custom_command(OUTPUT ${library}
             COMMAND ${QVD_WIDL} -t -I${QVD_IDL_FOLDER} -L${base} -o ${library} ${idl}
-            DEPENDS ${idl} ${QVD_IDL_FOLDER}/automation.idl ${base}/stdole2.tlb
+            DEPENDS ${idl} ${ARGN} ${QVD_IDL_FOLDER}/automation.idl ${base}/stdole2.tlb
                 qvd_base_type_library
             VERBATIM)
     else()
         add_custom_command(OUTPUT ${library}
             COMMAND Python3::Interpreter ${QVD_IDL_READER} binary ${library} ${idl}
                 ${QVD_IDL_FOLDER}
-            DEPENDS ${idl} ${QVD_IDL_FILES}
+            DEPENDS ${idl} ${ARGN} ${QVD_IDL_FILES}
             VERBATIM)
     endif()
     add_custom_command(OUTPUT ${header}
         COMMAND Python3::Interpreter ${QVD_IDL_READER} header ${header} ${idl} ${QVD_IDL_FOLDER}
-        DEPENDS ${idl} ${QVD_IDL_FILES}
+        DEPENDS ${idl} ${ARGN} ${QVD_IDL_FILES}
         VERBATIM)
     set(${name}_TLB ${library} PARENT_SCOPE)
     set(${name}_HEADER ${header} PARENT_SCOPE)

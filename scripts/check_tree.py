@@ -24,6 +24,7 @@ ALLOWED = {
     "browser": ["options", "resources", "driver", "capture", "settings", "foundation", "platform"],
     "cab": ["foundation", "platform"],
     "automation": ["cab", "foundation", "platform"],
+    "objects": ["automation", "cab", "resources", "foundation", "platform"],
     "chromium": ["platform"],
     "converter": ["chromium", "platform"],
     "host": ["chromium", "platform"],

@@ -1,0 +1,199 @@
+#include "objects/root_object.h"
+
+#include "objects/array_objects.h"
+#include "objects/operation_history.h"
+#include "objects/progress_slice.h"
+#include "objects/value_objects.h"
+
+namespace AUX {
+
+namespace {
+
+// Lives in the module's own memory and is never destroyed: End gives back what it holds.
+union RootPlace {
+    constexpr RootPlace() noexcept : root() {}
+    ~RootPlace() {}
+    RootObject root;
+};
+constinit RootPlace place;
+
+// What belongs to classes that have no object: tells a host so, after the rule of out pointers.
+HRESULT NotThere(IUnknown** result) noexcept {
+    if (!result) return E_POINTER;
+    *result = nullptr;
+    return E_NOTIMPL;
+}
+
+}  // namespace
+
+RootObject& Root() noexcept { return place.root; }
+
+bool StartObjects(TypeLibraryLoader loader) noexcept {
+    SetTypeLibraryLoader(loader);
+    return Root().Start();
+}
+
+void EndObjects() noexcept {
+    Root().End();
+    SetTypeLibraryLoader(nullptr);
+}
+
+bool RootObject::Start() noexcept {
+    constexpr DWORD kSpinCount = 4000;
+    hub = platform::MakeObject<MessageHub>();
+    isStarted = hub && hub->HasLock() && InitializeCriticalSectionAndSpinCount(&lock, kSpinCount);
+    if (!isStarted) hub.Reset();
+    return isStarted;
+}
+
+void RootObject::End() noexcept {
+    if (!isStarted) return;
+    isStarted = false;
+    DeleteCriticalSection(&lock);
+    hub.Reset();
+    math.Reset();
+}
+
+HRESULT RootObject::QueryInterface(REFIID id, void** object) noexcept {
+    if (!object) return E_POINTER;
+    const bool isKnown = IsEqualIID(id, platform::InterfaceId<IUnknown>()) ||
+                         IsEqualIID(id, platform::InterfaceId<IDispatch>()) ||
+                         IsEqualIID(id, platform::InterfaceId<IRootObject>());
+    *object = isKnown ? static_cast<IRootObject*>(this) : nullptr;
+    return isKnown ? S_OK : E_NOINTERFACE;
+}
+
+HRESULT RootObject::NewMemoryBlock(LONGLONG size, IMemoryBlock** block) noexcept {
+    if (!block) return E_POINTER;
+    *block = nullptr;
+    if (size < 0) return E_INVALIDARG;
+    const auto made = platform::MakeObject<MemoryBlock>();
+    if (!made) return E_OUTOFMEMORY;
+    if (size > 0) {
+        const HRESULT result = made->SetSize(size, VARIANT_FALSE);
+        if (FAILED(result)) return result;
+    }
+    *block = platform::ComPtr<MemoryBlock>(made).Detach();
+    return S_OK;
+}
+
+HRESULT RootObject::NewBitSet(ULONG size, IBitSet** set) noexcept {
+    constexpr ULONG kMostBits = 99'999'999;
+    if (!set) return E_POINTER;
+    *set = nullptr;
+    if (size < 1 || size > kMostBits) return E_INVALIDARG;
+    platform::ComPtr<BitSetObject> made = platform::MakeObject<BitSetObject>();
+    if (!made || made->Create(size) != S_OK) return E_OUTOFMEMORY;
+    *set = made.Detach();
+    return S_OK;
+}
+
+HRESULT RootObject::NewText(BSTR text, IText** result) noexcept {
+    if (!result) return E_POINTER;
+    *result = nullptr;
+    platform::ComPtr<TextObject> made = platform::MakeObject<TextObject>();
+    if (!made || made->SetText(text) != S_OK) return E_OUTOFMEMORY;
+    *result = made.Detach();
+    return S_OK;
+}
+
+HRESULT RootObject::NewSignal(ISignal** signal) noexcept {
+    if (!signal) return E_POINTER;
+    *signal = nullptr;
+    platform::ComPtr<SignalObject> made = platform::MakeObject<SignalObject>();
+    if (!made) return E_OUTOFMEMORY;
+    if (const HRESULT result = made->Start(); FAILED(result)) return result;
+    *signal = made.Detach();
+    return S_OK;
+}
+
+HRESULT RootObject::NewProgressSlice(IProgress* parent, double range, ULONG stateMask,
+                                     ULONG blocking, IProgressSlice** slice) noexcept {
+    if (!slice) return E_POINTER;
+    *slice = nullptr;
+    if (!parent || !(range >= 0)) return E_INVALIDARG;
+    platform::ComPtr<ProgressSlice> made = platform::MakeObject<ProgressSlice>();
+    if (!made) return E_OUTOFMEMORY;
+    const HRESULT result = made->Start(parent, range, stateMask, blocking);
+    if (FAILED(result)) return result;
+    *slice = made.Detach();
+    return S_OK;
+}
+
+HRESULT RootObject::NewProgressSliceAll(IProgress* parent, double range,
+                                        IProgressSlice** slice) noexcept {
+    return NewProgressSlice(parent, range, 0xFFFFFFFF, 0, slice);
+}
+
+HRESULT RootObject::NewObjectList(IObjectList** list) noexcept {
+    return MakeInto<ObjectListObject>(list);
+}
+HRESULT RootObject::NewObjectArray(IObjectsArray** array) noexcept {
+    return MakeInto<ObjectArrayObject>(array);
+}
+HRESULT RootObject::NewStringArray(IStringArray** array) noexcept {
+    return MakeInto<StringArrayObject>(array);
+}
+HRESULT RootObject::NewValueArray(IValueArray** array) noexcept {
+    return MakeInto<ValueArrayObject>(array);
+}
+HRESULT RootObject::NewIntArray(IIntArray** array) noexcept {
+    return MakeInto<IntArrayObject>(array);
+}
+HRESULT RootObject::NewDoubleArray(IDoubleArray** array) noexcept {
+    return MakeInto<DoubleArrayObject>(array);
+}
+HRESULT RootObject::NewOperationHistory(IOperationHistory** history) noexcept {
+    return MakeInto<OperationHistory>(history);
+}
+
+HRESULT RootObject::GetHub(IMessageHub** result) noexcept {
+    if (!result) return E_POINTER;
+    *result = platform::ComPtr<MessageHub>(hub).Detach();
+    return *result ? S_OK : E_FAIL;
+}
+
+HRESULT RootObject::GetMath(IUnknown** result) noexcept {
+    if (!result) return E_POINTER;
+    *result = nullptr;
+    if (!isStarted) return E_FAIL;
+    EnterCriticalSection(&lock);
+    if (!math) math = MakeGeometryMath();
+    *result = platform::ComPtr<GeometryMath>(math).Detach();
+    LeaveCriticalSection(&lock);
+    return *result ? S_OK : E_OUTOFMEMORY;
+}
+
+HRESULT RootObject::NewBag(IUnknown** bag) noexcept { return NotThere(bag); }
+HRESULT RootObject::NewColor(LONG, IUnknown** color) noexcept { return NotThere(color); }
+HRESULT RootObject::NewPageRange(IUnknown** range) noexcept { return NotThere(range); }
+HRESULT RootObject::NewBagFromTemplateText(const void*, LONG, LPCWSTR, IUnknown** bag) noexcept {
+    return NotThere(bag);
+}
+HRESULT RootObject::NewBagFromTemplateStream(IUnknown*, LPCWSTR, IUnknown** bag) noexcept {
+    return NotThere(bag);
+}
+HRESULT RootObject::NewTemplateSetFromStream(IUnknown*, IUnknown** set) noexcept {
+    return NotThere(set);
+}
+HRESULT RootObject::NewTemplateSetFromText(const void*, LONG, IUnknown** set) noexcept {
+    return NotThere(set);
+}
+HRESULT RootObject::NewBagFromTemplateSet(IUnknown*, LPCWSTR, IUnknown** bag) noexcept {
+    return NotThere(bag);
+}
+HRESULT RootObject::NewKeywordTable(BSTR, LONG, LONG, LONG, BSTR, VARIANT_BOOL,
+                                    IUnknown** table) noexcept {
+    return NotThere(table);
+}
+HRESULT RootObject::NewHashedKeywordTable(BSTR, LONG, LONG, LONG, BSTR, VARIANT_BOOL,
+                                          IUnknown** table) noexcept {
+    return NotThere(table);
+}
+HRESULT RootObject::SplitWords(BSTR, IStringArray** words) noexcept {
+    if (!words) return E_POINTER;
+    *words = nullptr;
+    return E_NOTIMPL;
+}
+
+}  // namespace AUX
