@@ -24,6 +24,9 @@ struct SpecSet {
 
     Vector<ItemSpec> entries;
     Vector<Nested> nested;
+    /// The first item, an included one before its own; once it is complete. Not of sets that dotted
+    /// keys have made, which move.
+    const ItemSpec* first = nullptr;
     bool isComplete = false;
 
     /// Without the zeroed record. Of a set that is being read, what it has so far.

@@ -1,5 +1,6 @@
 #include "cab/template_reader.h"
 
+#include <algorithm>
 #include <limits>
 #include <stdexcept>
 
@@ -66,11 +67,16 @@ ItemSpec Include(const ItemSpec* entries, std::int64_t count) noexcept {
     return include;
 }
 
-/// Gives a container the entries of a complete set. Nothing points into an empty one.
+/// Gives a container the entries of a complete set, or an array its element's declaration. Nothing
+/// points into an empty one.
 void ReferTo(const SpecSet& set, ItemSpec& spec) noexcept {
     if (set.Count() == 0) return;
-    spec.entries = set.entries.data();
-    spec.count = spec.kind == Kind::Dictionary ? set.Count() : 0;
+    if (spec.kind == Kind::Array) {
+        spec.entries = set.first;
+    } else {
+        spec.entries = set.entries.data();
+        spec.count = set.Count();
+    }
 }
 
 /// One level deeper while it lives.
@@ -189,7 +195,9 @@ void TemplateReader::ReadSet(IXMLDOMElement& element, SpecSet& set) {
     for (const ElementPtr& reference : references) {
         const KeyText id = AttributeOf(*reference.Get(), TEXT("id"));
         const SpecSet* const included = id.empty() ? nullptr : FindSet(id);
-        if (included) set.entries.push_back(Include(included->entries.data(), included->Count()));
+        if (!included) continue;
+        set.entries.push_back(Include(included->entries.data(), included->Count()));
+        if (!set.first) set.first = included->first;
     }
     for (const ElementPtr& item : items) AddItem(*item.Get(), set);
     Complete(set);
@@ -243,6 +251,9 @@ void TemplateReader::Complete(SpecSet& set) {
         set.entries[nested.index].count = nested.set->Count();
     }
     set.nested.clear();
+    const auto own = std::ranges::find_if(
+        set.entries, [](const ItemSpec& entry) { return !(entry.flags & SpecInclude); });
+    if (!set.first && own != set.entries.end()) set.first = &*own;
     set.entries.push_back({});
     set.isComplete = true;
 }

@@ -126,7 +126,9 @@ TEST(Template, CompilesWhatIsDeclared) {
         {"includes come first", R"(<Item id="a" type="Int"/><ItemSetRef id="t"/>)",
          "x:1 y:{z:2} a:0"},
         {"a set in itself", R"(<ItemSetRef id="s"/><Item id="a" type="Int"/>)", "a:0"},
-        {"an array of its own set", R"(<Item id="a" type="Array" itemSet="t"/>)", "a:[x:1]"},
+        {"an array's element is the set's first item, included or not",
+         R"(<Item id="a" type="Array" itemSet="t"/><Item id="b" type="Array" itemSet="u"/>)",
+         "a:[x:1] b:[x:1]"},
         {"dotted keys share", R"(<Item id="a.b" type="Int"/><Item id="a.c.d" type="Int"/>
                                  <Item id="e" type="Int"/><Item id="a.c.f" type="Bool"/>)",
          "a:{b:0 c:{d:0 f:false}} e:0"},
