@@ -55,6 +55,11 @@ bool Refer(const VARIANT& reference, VARIANT& value) {
         value = *static_cast<const VARIANT*>(reference.byref);
         return (value.vt & VT_BYREF) == 0;
     }
+    if (kind == VT_DECIMAL) {
+        value.decVal = *static_cast<const DECIMAL*>(reference.byref);
+        value.vt = kind;
+        return true;
+    }
     const std::size_t size = SizeOf(kind);
     std::memcpy(&value.room, reference.byref, size);
     value.vt = kind;
@@ -93,6 +98,7 @@ HRESULT VariantClear(VARIANTARG* value) noexcept {
         case VT_UI8:
         case VT_INT:
         case VT_UINT:
+        case VT_DECIMAL:
             break;
         case VT_BSTR:
             SysFreeString(value->bstrVal);

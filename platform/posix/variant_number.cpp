@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <limits>
 
+#include "platform/posix/decimal.h"
 #include "platform/posix/module_table.h"
 #include "platform/text.h"
 
@@ -69,6 +70,9 @@ HRESULT Read(const VARIANT& source, Number& number) {
         case VT_DATE:
             number = source.dblVal;
             return S_OK;
+        case VT_DECIMAL:
+            number = ToNumber(source.decVal);
+            return S_OK;
         case VT_BSTR:
             return ReadText(source.bstrVal, number);
         default:
@@ -94,19 +98,33 @@ HRESULT RoundBits(Number number, VARIANT& made) {
     return result;
 }
 
-HRESULT WriteText(const VARIANT& source, Number number, VARIANT& made) {
+/// The digits of a number that has been read; VT_DATE has none.
+std::string Digits(const VARIANT& source, Number number) {
     char text[64] = "";
+    if (source.vt == VT_DECIMAL) return ToText(source.decVal);
+    if (source.vt == VT_BSTR) return ToUtf8(WideView(source.bstrVal, SysStringLen(source.bstrVal)));
     if (source.vt == VT_R4) {
         std::snprintf(text, sizeof text, "%.7g", static_cast<double>(number));
     } else if (source.vt == VT_R8) {
         std::snprintf(text, sizeof text, "%.15g", static_cast<double>(number));
-    } else if (source.vt == VT_DATE) {
-        return DISP_E_TYPEMISMATCH;
     } else if (source.vt != VT_EMPTY) {
         std::snprintf(text, sizeof text, "%.0Lf", number);
     }
-    made.bstrVal = SysAllocString(FromUtf8(text).c_str());
+    return text;
+}
+
+HRESULT WriteText(const VARIANT& source, Number number, VARIANT& made) {
+    if (source.vt == VT_DATE) return DISP_E_TYPEMISMATCH;
+    made.bstrVal = SysAllocString(FromUtf8(Digits(source, number)).c_str());
     return made.bstrVal ? S_OK : E_OUTOFMEMORY;
+}
+
+HRESULT WriteDecimal(const VARIANT& source, Number number, VARIANT& made) {
+    const bool isNumber = source.vt != VT_DATE && std::isfinite(number);
+    if (!isNumber) return source.vt == VT_DATE ? DISP_E_TYPEMISMATCH : DISP_E_OVERFLOW;
+    if (!MakeDecimal(Digits(source, number), made.decVal)) return DISP_E_OVERFLOW;
+    made.vt = VT_DECIMAL;
+    return S_OK;
 }
 
 }  // namespace
@@ -153,6 +171,8 @@ HRESULT ChangeNumber(VARIANT& made, const VARIANT& source) {
             return S_OK;
         case VT_BSTR:
             return WriteText(source, number, made);
+        case VT_DECIMAL:
+            return WriteDecimal(source, number, made);
         default:
             return DISP_E_TYPEMISMATCH;
     }

@@ -21,6 +21,7 @@ enum VARENUM : VARTYPE {
     VT_BOOL = 11,
     VT_VARIANT = 12,
     VT_UNKNOWN = 13,
+    VT_DECIMAL = 14,
     VT_I1 = 16,
     VT_UI1 = 17,
     VT_UI2 = 18,
@@ -39,26 +40,41 @@ enum VARENUM : VARTYPE {
     VT_BYREF = 0x4000,
 };
 
+/// An integer of 96 bits over a power of ten.
+struct DECIMAL {
+    USHORT wReserved;  // lies where a VARIANT has its kind
+    BYTE scale;        // 0 to 28
+    BYTE sign;         // 0, or DECIMAL_NEG
+    ULONG Hi32;
+    ULONGLONG Lo64;
+};
+inline constexpr BYTE DECIMAL_NEG = 0x80;
+
 /// A value that names its kind. Owns its text or reference only by agreement: VariantClear.
 struct VARIANT {
-    VARTYPE vt;
-    WORD wReserved1;
-    WORD wReserved2;
-    WORD wReserved3;
-    union {
-        LONG lVal;
-        SHORT iVal;
-        BYTE bVal;
-        LONGLONG llVal;
-        float fltVal;
-        double dblVal;
-        VARIANT_BOOL boolVal;
-        SCODE scode;
-        BSTR bstrVal;
-        IUnknown* punkVal;
-        IDispatch* pdispVal;
-        PVOID byref;
-        ULONGLONG room[2];
+    __extension__ union {
+        __extension__ struct {
+            VARTYPE vt;
+            WORD wReserved1;
+            WORD wReserved2;
+            WORD wReserved3;
+            union {
+                LONG lVal;
+                SHORT iVal;
+                BYTE bVal;
+                LONGLONG llVal;
+                float fltVal;
+                double dblVal;
+                VARIANT_BOOL boolVal;
+                SCODE scode;
+                BSTR bstrVal;
+                IUnknown* punkVal;
+                IDispatch* pdispVal;
+                PVOID byref;
+                ULONGLONG room[2];
+            };
+        };
+        DECIMAL decVal;
     };
 };
 using VARIANTARG = VARIANT;
