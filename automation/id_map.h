@@ -1,6 +1,8 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
+#include <memory>
 #include <new>
 
 namespace AUX {
@@ -14,89 +16,100 @@ constexpr std::uint64_t HashOfId(std::uint32_t id) noexcept {
     return hash;
 }
 
-/// A map from ids of 32 bits to plain values. At most one entry a bucket on average. Not
-/// thread-safe; pointers to values stay good until the map ends.
+/// A map from ids of 32 bits to plain values. At most one entry a bucket on average. Any thread may
+/// look an id up while another adds one; only one adds at a time. Pointers to values stay good
+/// until the map ends.
 template <typename Value>
 class IdMap {
 public:
     IdMap() noexcept = default;
     IdMap(const IdMap&) = delete;
     IdMap& operator=(const IdMap&) = delete;
-    ~IdMap() { Clear(); }
+    ~IdMap() { delete table_.load(); }
 
     [[nodiscard]] const Value* Find(std::uint32_t id) const noexcept {
-        if (!buckets_) return nullptr;
-        for (const Node* node = *BucketOf(id); node; node = node->next) {
-            if (node->id == id) return &node->value;
-        }
-        return nullptr;
+        Table* table = table_.load(std::memory_order_acquire);
+        if (!table) return nullptr;
+        const Node* node = table->BucketOf(id).load(std::memory_order_acquire);
+        while (node && node->id != id) node = node->next;
+        return node ? &node->value : nullptr;
     }
 
     /// Adds an id that is not there yet. \return null if memory runs out; nothing changed then.
     const Value* Add(std::uint32_t id, const Value& value) noexcept {
-        if (count_ >= size_ && !Grow()) return nullptr;
-        Node* node = new (std::nothrow) Node{id, value, nullptr};
-        if (!node) return nullptr;
-        Link(*node);
-        ++count_;
-        return &node->value;
+        Table* table = table_.load(std::memory_order_relaxed);
+        if (!table || count_ >= table->size) table = Grow();
+        const Value* added = table ? table->Add(id, value) : nullptr;
+        if (added) ++count_;
+        return added;
     }
 
     template <typename Visit>
     void ForEach(Visit visit) const {
-        for (std::uint32_t i = 0; i < size_; ++i) {
-            for (const Node* node = buckets_[i]; node; node = node->next) visit(node->value);
-        }
-    }
-
-    void Clear() noexcept {
-        for (std::uint32_t i = 0; i < size_; ++i) {
-            while (Node* node = buckets_[i]) {
-                buckets_[i] = node->next;
-                delete node;
-            }
-        }
-        delete[] buckets_;
-        buckets_ = nullptr;
-        size_ = count_ = 0;
+        if (Table* table = table_.load()) table->ForEach(visit);
     }
 
 private:
+    static constexpr std::uint32_t kFirstSize = 8;
+
     struct Node {
         std::uint32_t id;
         Value value;
         Node* next;
     };
-    static constexpr std::uint32_t kFirstSize = 8;
+    using Bucket = std::atomic<Node*>;
 
-    [[nodiscard]] Node** BucketOf(std::uint32_t id) const noexcept {
-        return &buckets_[HashOfId(id) & (size_ - 1)];
-    }
-    void Link(Node& node) noexcept {
-        Node** bucket = BucketOf(node.id);
-        node.next = *bucket;
-        *bucket = &node;
-    }
-    bool Grow() noexcept {
-        const std::uint32_t oldSize = size_, newSize = size_ ? size_ * 2 : kFirstSize;
-        Node** replacement = new (std::nothrow) Node* [newSize] {};
-        if (!replacement) return false;
-        Node** old = buckets_;
-        buckets_ = replacement;
-        size_ = newSize;
-        for (std::uint32_t i = 0; i < oldSize; ++i) {
-            for (Node* node = old[i]; node;) {
-                Node* next = node->next;
-                Link(*node);
-                node = next;
+    struct Table {
+        explicit Table(std::uint32_t count) noexcept
+            : size(count), buckets(new (std::nothrow) Bucket[count]()) {}
+        ~Table() {
+            for (std::uint32_t i = 0; buckets && i < size; ++i) {
+                while (Node* node = buckets[i].load(std::memory_order_relaxed)) {
+                    buckets[i].store(node->next, std::memory_order_relaxed);
+                    delete node;
+                }
             }
         }
-        delete[] old;
-        return true;
+
+        Bucket& BucketOf(std::uint32_t id) noexcept { return buckets[HashOfId(id) & (size - 1)]; }
+
+        const Value* Add(std::uint32_t id, const Value& value) noexcept {
+            Bucket& bucket = BucketOf(id);
+            Node* node = new (std::nothrow) Node{id, value, bucket.load(std::memory_order_relaxed)};
+            if (!node) return nullptr;
+            bucket.store(node, std::memory_order_release);
+            return &node->value;
+        }
+
+        template <typename Visit>
+        void ForEach(Visit visit) const {
+            for (std::uint32_t i = 0; i < size; ++i) {
+                const Node* node = buckets[i].load();
+                for (; node; node = node->next) visit(node->id, node->value);
+            }
+        }
+
+        const std::uint32_t size;
+        std::unique_ptr<Bucket[]> buckets;
+        std::unique_ptr<Table> older;  // Somebody may still look there.
+    };
+
+    Table* Grow() noexcept {
+        Table* old = table_.load(std::memory_order_relaxed);
+        std::unique_ptr<Table> made(new (std::nothrow) Table(old ? old->size * 2 : kFirstSize));
+        bool isWhole = made && made->buckets;
+        if (isWhole && old) {
+            old->ForEach([&](std::uint32_t id, const Value& value) {
+                isWhole = isWhole && made->Add(id, value);
+            });
+        }
+        if (!isWhole) return nullptr;
+        made->older.reset(old);
+        table_.store(made.get(), std::memory_order_release);
+        return made.release();
     }
 
-    Node** buckets_ = nullptr;
-    std::uint32_t size_ = 0;
+    std::atomic<Table*> table_ = nullptr;
     std::uint32_t count_ = 0;
 };
 

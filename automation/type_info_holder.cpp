@@ -2,55 +2,84 @@
 
 #include <new>
 
-#include "automation/type_info_cache.h"
+#include "automation/call_plans.h"
 #include "automation/typed_call.h"
+#include "platform/sync.h"
 
 namespace AUX {
 namespace {
 
-constexpr int kMaxDepth = 16;
 constexpr INVOKEKIND kKinds[] = {INVOKE_FUNC, INVOKE_PROPERTYGET, INVOKE_PROPERTYPUT,
                                  INVOKE_PROPERTYPUTREF};
 
-class Guard {
-public:
-    explicit Guard(CRITICAL_SECTION& lock) noexcept : lock_(lock) { EnterCriticalSection(&lock_); }
-    ~Guard() { LeaveCriticalSection(&lock_); }
-    Guard(const Guard&) = delete;
-    Guard& operator=(const Guard&) = delete;
+/// The module's lock, and the holders that have loaded something.
+struct Module {
+    Module() noexcept { (void)InitializeCriticalSectionAndSpinCount(&lock, 0); }  // never fails
+    ~Module() { DeleteCriticalSection(&lock); }
+    Module(const Module&) = delete;
+    Module& operator=(const Module&) = delete;
 
-private:
-    CRITICAL_SECTION& lock_;
+    CRITICAL_SECTION lock;
+    TypeInfoHolder* loaded = nullptr;
 };
 
-int PlaceOf(INVOKEKIND kind) noexcept {
-    int place = 0;
-    while (kKinds[place] != kind) ++place;
-    return place;
+Module& TheModule() noexcept {
+    static Module module;
+    return module;
 }
+
+class Guard {
+public:
+    Guard() noexcept { EnterCriticalSection(&TheModule().lock); }
+    ~Guard() { LeaveCriticalSection(&TheModule().lock); }
+    Guard(const Guard&) = delete;
+    Guard& operator=(const Guard&) = delete;
+};
 
 }  // namespace
 
-TypeInfoHolder::TypeInfoHolder(Loader loader) noexcept : load_(loader) {
-    (void)InitializeCriticalSectionAndSpinCount(&lock_, 0);  // never fails
-}
+// The lock is made first, so that it ends after the last holder.
+TypeInfoHolder::TypeInfoHolder(Loader loader) noexcept : load_(loader) { (void)TheModule(); }
 
 TypeInfoHolder::~TypeInfoHolder() {
-    if (cache_) {
-        for (const auto& map : cache_->functions) {
-            map.ForEach([this](FUNCDESC* each) { info_->ReleaseFuncDesc(each); });
-        }
-    }
-    DeleteCriticalSection(&lock_);
+    const Guard guard;
+    TypeInfoHolder** place = &TheModule().loaded;
+    while (*place && *place != this) place = &(*place)->nextLoaded_;
+    if (*place) *place = nextLoaded_;
+    Unload();
 }
 
-HRESULT TypeInfoHolder::Load() noexcept {
-    if (isLoaded_.load(std::memory_order_acquire)) return S_OK;
-    const Guard guard(lock_);
-    if (info_) return S_OK;
-    const HRESULT result = load_(info_.Put());
-    if (SUCCEEDED(result)) isLoaded_.store(true, std::memory_order_release);
-    return result;
+void TypeInfoHolder::UnloadAll() noexcept {
+    const Guard guard;
+    while (TypeInfoHolder* each = TheModule().loaded) {
+        TheModule().loaded = each->nextLoaded_;
+        each->Unload();
+    }
+}
+
+HRESULT TypeInfoHolder::Load(ITypeInfo*& info) noexcept {
+    info = info_.load(std::memory_order_acquire);
+    if (info) return S_OK;
+    platform::ComPtr<ITypeInfo> loaded;
+    const HRESULT result = load_(loaded.Put());
+    if (FAILED(result)) return result;
+    const Guard guard;
+    info = info_.load(std::memory_order_relaxed);
+    if (info) return S_OK;  // Another thread was faster.
+    names_.reset(new (std::nothrow) MemberNames);
+    if (names_) names_->Read(*loaded);
+    info = loaded.Detach();
+    info_.store(info, std::memory_order_release);
+    nextLoaded_ = TheModule().loaded;
+    TheModule().loaded = this;
+    return S_OK;
+}
+
+void TypeInfoHolder::Unload() noexcept {
+    delete plans_.exchange(nullptr);
+    names_.reset();
+    platform::ComPtr<ITypeInfo> released;
+    released.Attach(info_.exchange(nullptr));
 }
 
 HRESULT TypeInfoHolder::GetTypeInfoCount(UINT* count) noexcept {
@@ -63,8 +92,8 @@ HRESULT TypeInfoHolder::GetTypeInfo(UINT index, ITypeInfo** info) noexcept {
     if (!info) return E_POINTER;
     *info = nullptr;
     if (index != 0) return DISP_E_BADINDEX;
-    const HRESULT result = Load();
-    if (SUCCEEDED(result)) *info = platform::ComPtr<ITypeInfo>(info_).Detach();
+    const HRESULT result = Load(*info);
+    if (SUCCEEDED(result)) (*info)->AddRef();
     return result;
 }
 
@@ -72,8 +101,12 @@ HRESULT TypeInfoHolder::GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT cou
                                       DISPID* ids) noexcept {
     if (!names || !ids) return E_POINTER;
     if (!IsEqualIID(reserved, IID{})) return DISP_E_UNKNOWNINTERFACE;
-    const HRESULT result = Load();
-    return FAILED(result) ? result : info_->GetIDsOfNames(names, count, ids);
+    ITypeInfo* info = nullptr;
+    const HRESULT result = Load(info);
+    if (FAILED(result)) return result;
+    // What parameters are called, only the type information knows.
+    if (count == 1 && names[0] && names_ && names_->Find(names[0], ids[0])) return S_OK;
+    return info->GetIDsOfNames(names, count, ids);
 }
 
 HRESULT TypeInfoHolder::Invoke(void* instance, DISPID member, REFIID reserved, WORD flags,
@@ -81,131 +114,63 @@ HRESULT TypeInfoHolder::Invoke(void* instance, DISPID member, REFIID reserved, W
                                UINT* argumentError) noexcept {
     if (!IsEqualIID(reserved, IID{})) return DISP_E_UNKNOWNINTERFACE;
     if (!instance || !parameters) return E_INVALIDARG;
+    if (parameters->cArgs && !parameters->rgvarg) return E_INVALIDARG;
+    if (parameters->cNamedArgs && !parameters->rgdispidNamedArgs) return E_INVALIDARG;
     if (!IsKnown(member, flags)) {
-        const HRESULT loaded = Load();
+        ITypeInfo* info = nullptr;
+        const HRESULT loaded = Load(info);
         if (FAILED(loaded)) return loaded;
-        ++stockCalls_;
+        stockCalls_.fetch_add(1, std::memory_order_relaxed);
         const HRESULT stock =
-            info_->Invoke(instance, member, flags, parameters, result, exception, argumentError);
+            info->Invoke(instance, member, flags, parameters, result, exception, argumentError);
         if (stock != DISP_E_BADVARTYPE) return stock;
     }
+    if (result) VariantInit(result);
+    const HRESULT called = CallTyped(instance, member, flags, *parameters, result, argumentError);
+    if (FAILED(called) && exception) {
+        *exception = {};
+        exception->scode = called;
+    }
+    return called;
+}
+
+HRESULT TypeInfoHolder::CallTyped(void* instance, DISPID member, WORD flags,
+                                  const DISPPARAMS& parameters, VARIANT* result,
+                                  UINT* argumentError) noexcept {
     HRESULT last = DISP_E_MEMBERNOTFOUND;
     for (const INVOKEKIND kind : kKinds) {
         if ((flags & kind) == 0) continue;
-        TypedCall call;
-        {
-            const Guard guard(lock_);
-            const FUNCDESC* function = Describe(member, kind);
-            last = function ? call.Describe(*this, *function) : DISP_E_MEMBERNOTFOUND;
-        }
-        // The method may call back; the lock is not held then.
-        if (SUCCEEDED(last)) last = call.Run(instance, *parameters, result, argumentError);
-        if (SUCCEEDED(last)) return last;
+        const CallPlan* plan = Plan(member, kind);
+        if (!plan) return E_OUTOFMEMORY;
+        // A kind that the member is not of leaves the failure of the one before as it is.
+        if (!plan->function) continue;
+        last = TypedCall(*plan).Run(instance, parameters, result, argumentError);
+        if (SUCCEEDED(last)) break;
     }
     return last;
 }
 
-bool TypeInfoHolder::IsKnown(DISPID member, WORD flags) noexcept {
-    if (!isLoaded_.load(std::memory_order_acquire)) return false;
-    const Guard guard(lock_);
-    if (!cache_) return false;
+bool TypeInfoHolder::IsKnown(DISPID member, WORD flags) const noexcept {
+    const CallPlans* plans = plans_.load(std::memory_order_acquire);
+    if (!plans) return false;
     for (const INVOKEKIND kind : kKinds) {
-        if (!(flags & kind)) continue;
-        if (cache_->functions[PlaceOf(kind)].Find(static_cast<std::uint32_t>(member))) return true;
+        const CallPlan* plan = (flags & kind) ? plans->Find(member, kind) : nullptr;
+        if (plan && plan->function) return true;
     }
     return false;
 }
 
-const FUNCDESC* TypeInfoHolder::Describe(DISPID member, INVOKEKIND kind) noexcept {
-    if (!cache_) cache_.reset(new (std::nothrow) Cache);
-    if (!cache_) return nullptr;
-    auto& map = cache_->functions[PlaceOf(kind)];
-    const auto id = static_cast<std::uint32_t>(member);
-    if (FUNCDESC* const* found = map.Find(id)) return *found;
-    FUNCDESC* asked = Ask(member, kind);
-    if (asked && !map.Add(id, asked)) {
-        info_->ReleaseFuncDesc(asked);
-        return nullptr;
+const CallPlan* TypeInfoHolder::Plan(DISPID member, INVOKEKIND kind) noexcept {
+    CallPlans* plans = plans_.load(std::memory_order_acquire);
+    const CallPlan* plan = plans ? plans->Find(member, kind) : nullptr;
+    if (plan) return plan;
+    const Guard guard;
+    plans = plans_.load(std::memory_order_relaxed);
+    if (!plans) {
+        plans = new (std::nothrow) CallPlans(*info_.load(std::memory_order_relaxed));
+        plans_.store(plans, std::memory_order_release);
     }
-    return asked;
-}
-
-FUNCDESC* TypeInfoHolder::Ask(DISPID member, INVOKEKIND kind) noexcept {
-    platform::ComPtr<ITypeInfo2> info;
-    void* found = nullptr;
-    if (FAILED(info_->QueryInterface(platform::InterfaceId<ITypeInfo2>(), &found))) return nullptr;
-    *info.Put() = static_cast<ITypeInfo2*>(found);
-    UINT index = 0;
-    TYPEATTR* type = nullptr;
-    if (FAILED(info->GetFuncIndexOfMemId(member, kind, &index))) return nullptr;
-    if (FAILED(info->GetTypeAttr(&type))) return nullptr;
-    const UINT functions = type->cFuncs;
-    // The index leaves out what a dispatch interface inherits, GetFuncDesc counts it.
-    UINT base = static_cast<UINT>(type->cbSizeVft / sizeof(void*));
-    if (type->typekind == TKIND_INTERFACE) base = base - functions - 3;
-    info->ReleaseTypeAttr(type);
-    // What derives from more than IDispatch has another base; then all are searched.
-    for (UINT i = 0; i <= functions; ++i) {
-        FUNCDESC* asked = nullptr;
-        if (FAILED(info->GetFuncDesc(i == 0 ? index + base : i - 1, &asked))) continue;
-        if (asked->memid == member && asked->invkind == kind) return asked;
-        info->ReleaseFuncDesc(asked);
-    }
-    return nullptr;
-}
-
-bool TypeInfoHolder::Resolve(ITypeInfo* info, const TYPEDESC& type, ResolvedType& resolved,
-                             int depth) noexcept {
-    if (depth > kMaxDepth) return false;
-    if (type.vt == VT_USERDEFINED) return ResolveNamed(info, type.hreftype, resolved, depth);
-    if (type.vt != VT_PTR) {
-        resolved = {};
-        resolved.kind = type.vt == VT_INT       ? VARTYPE{VT_I4}
-                        : type.vt == VT_UINT    ? VARTYPE{VT_UI4}
-                        : type.vt == VT_HRESULT ? VARTYPE{VT_ERROR}
-                                                : type.vt;
-        return true;
-    }
-    if (!Resolve(info, *type.lptdesc, resolved, depth + 1)) return false;
-    // The pointer over an interface is what makes it an object; one more is a reference to it.
-    const TYPEDESC& target = *type.lptdesc;
-    const bool isObject = resolved.kind == VT_DISPATCH || resolved.kind == VT_UNKNOWN;
-    if (!isObject || target.vt != VT_USERDEFINED) ++resolved.level;
-    return true;
-}
-
-bool TypeInfoHolder::ResolveNamed(ITypeInfo* info, HREFTYPE reference, ResolvedType& resolved,
-                                  int depth) noexcept {
-    // References are numbers of the library's own type information.
-    const bool isOwn = info == info_.Get();
-    if (const ResolvedType* found = isOwn ? cache_->types.Find(reference) : nullptr) {
-        resolved = *found;
-        return true;
-    }
-    platform::ComPtr<ITypeInfo> target;
-    TYPEATTR* type = nullptr;
-    if (FAILED(info->GetRefTypeInfo(reference, target.Put()))) return false;
-    if (FAILED(target->GetTypeAttr(&type))) return false;
-    resolved = {};
-    bool isResolved = true;
-    switch (type->typekind) {
-        case TKIND_ENUM:
-            resolved.kind = VT_I4;
-            break;
-        case TKIND_INTERFACE:
-        case TKIND_DISPATCH:
-            resolved.kind = type->typekind == TKIND_DISPATCH ? VT_DISPATCH : VT_UNKNOWN;
-            resolved.interfaceId = type->guid;
-            break;
-        case TKIND_ALIAS:
-            isResolved = Resolve(target.Get(), type->tdescAlias, resolved, depth + 1);
-            break;
-        default:
-            isResolved = false;
-    }
-    target->ReleaseTypeAttr(type);
-    if (isResolved && isOwn) (void)cache_->types.Add(reference, resolved);  // only a cache
-    return isResolved;
+    return plans ? plans->Ask(member, kind) : nullptr;
 }
 
 }  // namespace AUX

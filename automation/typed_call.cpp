@@ -2,9 +2,12 @@
 
 #include "platform/object_pointer.h"
 #include "platform/shell.h"
+#include "platform/unique_variant.h"
 
 namespace AUX {
 namespace {
+
+constexpr VARTYPE kReferredValue = VT_BYREF | VT_VARIANT;
 
 VARTYPE Plain(VARTYPE kind) noexcept {
     switch (kind & ~VT_BYREF) {
@@ -18,55 +21,85 @@ VARTYPE Plain(VARTYPE kind) noexcept {
 }
 
 bool IsObject(VARTYPE kind) noexcept { return kind == VT_DISPATCH || kind == VT_UNKNOWN; }
+bool IsEmpty(const VARIANT& value) noexcept { return value.vt == VT_EMPTY || value.vt == VT_NULL; }
+bool IsOwn(const ResolvedType& type) noexcept { return !IsEqualIID(type.interfaceId, GUID{}); }
 
 bool IsMissing(const VARIANT& value) noexcept {
     return value.vt == VT_ERROR && value.scode == DISP_E_PARAMNOTFOUND;
 }
 
-/// An optional parameter that was left out takes its default, or the value that stands for none.
-VARIANT* LeftOut(const PARAMDESC& parameter, VARIANT& none) noexcept {
-    if (parameter.wParamFlags & PARAMFLAG_FHASDEFAULT) {
-        return &parameter.pparamdescex->varDefaultValue;
+/// What a value can hold for a member to give.
+bool CanBeGiven(VARTYPE kind) noexcept {
+    return (kind >= VT_I2 && kind <= VT_DECIMAL) || (kind >= VT_I1 && kind <= VT_UI8) ||
+           kind == VT_LPWSTR;
+}
+
+/// Where a value of a kind has its data.
+void* DataOf(VARTYPE kind, VARIANT& value) noexcept {
+    return kind == VT_VARIANT || kind == VT_DECIMAL ? static_cast<void*>(&value) : &value.byref;
+}
+
+/// Makes `target`, which may be `from`, hold a reference to the wanted interface.
+HRESULT ChangeToObject(const ResolvedType& wanted, VARIANT& from, VARIANT& target) noexcept {
+    platform::UniqueVariant object;
+    if (!IsEmpty(from)) {
+        const HRESULT changed = VariantChangeType(object.Change(), &from, 0, VT_UNKNOWN);
+        if (FAILED(changed)) return changed;
     }
-    none.vt = VT_NULL;
-    return &none;
+    IUnknown* asked = IsEmpty(from) ? nullptr : object.Get().punkVal;
+    void* found = nullptr;
+    if (asked && FAILED(asked->QueryInterface(wanted.interfaceId, &found))) {
+        return DISP_E_TYPEMISMATCH;
+    }
+    (void)VariantClear(&target);
+    target.vt = wanted.kind;
+    target.punkVal = static_cast<IUnknown*>(found);
+    return S_OK;
+}
+
+HRESULT Change(const ResolvedType& wanted, VARIANT& from, VARIANT& target) noexcept {
+    const bool isReference = (from.vt & VT_BYREF) != 0;
+    if (isReference && !from.byref) return DISP_E_TYPEMISMATCH;
+    if (IsObject(wanted.kind) && (IsOwn(wanted) || IsEmpty(from))) {
+        return ChangeToObject(wanted, from, target);
+    }
+    return VariantChangeType(&target, &from, 0, wanted.kind);
+}
+
+/// Whether what a reference leads to may be handed in as the wanted interface.
+bool Holds(IUnknown* object, const ResolvedType& wanted) noexcept {
+    if (!object) return true;
+    void* found = nullptr;
+    if (FAILED(object->QueryInterface(wanted.interfaceId, &found))) return false;
+    static_cast<IUnknown*>(found)->Release();
+    return found == object;
 }
 
 }  // namespace
 
-TypedCall::~TypedCall() {
-    for (VARIANT& each : temporaries_) (void)VariantClear(&each);
+TypedCall::TypedCall(const CallPlan& plan) noexcept
+    : plan_(plan), parameters_(plan.function->cParams), count_(parameters_) {
+    if (parameters_ > kMaxParameters) return;
+    for (int i = 0; i < parameters_; ++i) {
+        given_[i] = nullptr;
+        temporaries_[i].vt = VT_EMPTY;
+    }
 }
 
-HRESULT TypedCall::Describe(TypeInfoHolder& holder, const FUNCDESC& function) noexcept {
-    if (function.cParams < 0 || function.cParams > kMaxParameters) return DISP_E_BADVARTYPE;
-    function_ = &function;
-    for (int i = 0; i < function.cParams; ++i) {
-        const ELEMDESC& each = function.lprgelemdescParam[i];
-        Type& type = types_[i];
-        if (!holder.Resolve(holder.info_.Get(), each.tdesc, type, 0)) return DISP_E_BADVARTYPE;
-        const bool isResult = (each.paramdesc.wParamFlags & PARAMFLAG_FRETVAL) != 0;
-        if (isResult) {
-            if (type.level != 1) return DISP_E_BADVARTYPE;
-            resultType_ = type;
-            resultPlace_ = i;
-        } else if (type.level > 1) {
-            return DISP_E_BADVARTYPE;
-        }
+TypedCall::~TypedCall() {
+    if (parameters_ > kMaxParameters) return;
+    for (int i = 0; i < parameters_; ++i) {
+        if (temporaries_[i].vt != VT_EMPTY) (void)VariantClear(&temporaries_[i]);
     }
-    count_ = function.cParams;
-    const VARTYPE given = function.elemdescFunc.tdesc.vt;
-    if (function.funckind != FUNC_DISPATCH || given == VT_VOID) return S_OK;
-    if (!holder.Resolve(holder.info_.Get(), function.elemdescFunc.tdesc, resultType_, 0) ||
-        resultType_.level != 0) {
-        return DISP_E_BADVARTYPE;
-    }
-    if (resultType_.kind != VT_VOID) resultPlace_ = count_++;
-    return S_OK;
+}
+
+USHORT TypedCall::FlagsOf(int place) const noexcept {
+    return plan_.function->lprgelemdescParam[place].paramdesc.wParamFlags;
 }
 
 void TypedCall::PassPointer(int place, void* pointer) noexcept {
     kinds_[place] = VT_I8;
+    passed_[place].vt = VT_I8;
     passed_[place].byref = pointer;
     places_[place] = &passed_[place];
 }
@@ -77,133 +110,195 @@ void TypedCall::PassValue(int place, VARTYPE kind, const VARIANT& value) noexcep
     places_[place] = &passed_[place];
 }
 
-HRESULT TypedCall::FitObject(const Type& wanted, VARIANT& given, int place) noexcept {
-    VARIANT& temporary = temporaries_[place];
-    if (given.vt == VT_EMPTY || given.vt == VT_NULL) {
-        PassPointer(place, nullptr);
-        return S_OK;
-    }
-    const bool isAnyObject = IsEqualIID(wanted.interfaceId, GUID{});
-    if (isAnyObject && given.vt == wanted.kind) {
-        PassPointer(place, given.punkVal);
-        return S_OK;
-    }
-    if (isAnyObject || !IsObject(given.vt)) {
-        const HRESULT changed = VariantChangeType(&temporary, &given, 0, wanted.kind);
-        if (FAILED(changed)) return changed;
-        if (isAnyObject) {
-            PassPointer(place, temporary.punkVal);
-            return S_OK;
+HRESULT TypedCall::Run(void* instance, const DISPPARAMS& given, VARIANT* result,
+                       UINT* argumentError) noexcept {
+    if (parameters_ > kMaxParameters) return DISP_E_BADVARTYPE;
+    const HRESULT assigned = Assign(given);
+    if (FAILED(assigned)) return assigned;
+    for (int i = 0; i < parameters_; ++i) {
+        if (i == resultPlace_) continue;
+        if (!given_[i] && !(FlagsOf(i) & (PARAMFLAG_FOPT | PARAMFLAG_FHASDEFAULT))) {
+            return DISP_E_BADPARAMCOUNT;
+        }
+        const HRESULT taken = given_[i] ? Take(i) : TakeNothing(i);
+        if (FAILED(taken)) {
+            if (argumentError) *argumentError = static_cast<UINT>(i);
+            return taken;
         }
     }
-    // The method will call through the table of just this interface.
-    IUnknown* object = IsObject(given.vt) ? given.punkVal : temporary.punkVal;
-    void* found = nullptr;
-    if (object && FAILED(object->QueryInterface(wanted.interfaceId, &found))) {
-        return DISP_E_TYPEMISMATCH;
+    return SetResultPlace() ? Call(instance, result) : DISP_E_BADVARTYPE;
+}
+
+// The unnamed arguments are those of the first parameters. A name is the number of its parameter,
+// or says that the argument is the new value, the last one.
+HRESULT TypedCall::Assign(const DISPPARAMS& given) noexcept {
+    const UINT unnamed = given.cArgs - given.cNamedArgs;
+    if (given.cNamedArgs > given.cArgs) return E_INVALIDARG;
+    if (unnamed > static_cast<UINT>(parameters_)) return DISP_E_BADPARAMCOUNT;
+    for (UINT i = 0; i < unnamed; ++i) given_[i] = &given.rgvarg[given.cArgs - 1 - i];
+    const INVOKEKIND kind = plan_.function->invkind;
+    const bool isPut = kind == INVOKE_PROPERTYPUT || kind == INVOKE_PROPERTYPUTREF;
+    for (UINT i = 0; i < given.cNamedArgs; ++i) {
+        const DISPID name = given.rgdispidNamedArgs[i];
+        const DISPID place = isPut && name == DISPID_PROPERTYPUT ? parameters_ - 1 : name;
+        if (place < 0 || place >= parameters_) return DISP_E_PARAMNOTFOUND;
+        if (given_[place]) return place == name ? DISP_E_PARAMNOTFOUND : DISP_E_BADPARAMCOUNT;
+        given_[place] = &given.rgvarg[i];
     }
-    (void)VariantClear(&temporary);
-    temporary.vt = VT_UNKNOWN;
-    temporary.punkVal = static_cast<IUnknown*>(found);
-    PassPointer(place, found);
+    for (int i = 0; i < parameters_; ++i) {
+        if (!given_[i] && (FlagsOf(i) & PARAMFLAG_FRETVAL)) resultPlace_ = i;
+    }
     return S_OK;
 }
 
-HRESULT TypedCall::Fit(const Type& wanted, bool isInOnly, VARIANT* given, int place) noexcept {
-    if (wanted.level == 1) {
-        if (wanted.kind == VT_VARIANT) {
-            const bool isReference = given->vt == (VT_BYREF | VT_VARIANT);
-            PassPointer(place, isReference ? given->byref : given);
-            return S_OK;
-        }
-        if ((given->vt & VT_BYREF) && Plain(given->vt) == (VT_BYREF | wanted.kind)) {
-            PassPointer(place, given->byref);
-            return S_OK;
-        }
-        if (wanted.kind == VT_LPWSTR) {
-            if (!isInOnly || given->vt != (VT_BYREF | VT_BSTR)) return DISP_E_TYPEMISMATCH;
-            PassPointer(place, given->byref);
-            return S_OK;
-        }
-        if (!IsEqualIID(wanted.interfaceId, GUID{})) return DISP_E_TYPEMISMATCH;
-        VARIANT* room = &temporaries_[place];
-        VARIANT* from = given;
-        // The caller's own value takes the kind, so that it sees the change.
-        if (given->vt == (VT_BYREF | VT_VARIANT)) from = room = static_cast<VARIANT*>(given->byref);
-        const HRESULT changed = VariantChangeType(room, from, 0, wanted.kind);
-        if (SUCCEEDED(changed)) PassPointer(place, &room->byref);
-        return changed;
+HRESULT TypedCall::Take(int place) noexcept {
+    const ResolvedType& wanted = plan_.parameters[place];
+    VARIANT& given = *given_[place];
+    if (IsMissing(given)) {
+        // A caller that says so itself tells it to a VARIANT in the same way.
+        const bool isToldOn =
+            wanted.kind == VT_VARIANT && !(FlagsOf(place) & PARAMFLAG_FHASDEFAULT);
+        const bool isOptional = FlagsOf(place) & (PARAMFLAG_FOPT | PARAMFLAG_FHASDEFAULT);
+        if (!isToldOn) return isOptional ? TakeNothing(place) : DISP_E_PARAMNOTOPTIONAL;
     }
-    VARIANT* from = given;
-    if (from->vt == (VT_BYREF | VT_VARIANT)) from = static_cast<VARIANT*>(from->byref);
-    if (wanted.kind == VT_VARIANT) {
-        PassValue(place, VT_VARIANT, *from);
+    if (wanted.level > 1) return DISP_E_BADVARTYPE;
+    return wanted.level == 1 ? FitReference(wanted, given, place) : FitValue(wanted, given, place);
+}
+
+HRESULT TypedCall::TakeNothing(int place) noexcept {
+    const ResolvedType& wanted = plan_.parameters[place];
+    VARIANT& temporary = temporaries_[place];
+    if (wanted.level > 1) return DISP_E_BADVARTYPE;
+    if (FlagsOf(place) & PARAMFLAG_FHASDEFAULT) {
+        const PARAMDESC& about = plan_.function->lprgelemdescParam[place].paramdesc;
+        VARIANT& standard = about.pparamdescex->varDefaultValue;
+        if (wanted.level != 1) return FitValue(wanted, standard, place);
+        if (wanted.kind != VT_VARIANT) return FitReference(wanted, standard, place);
+        // The method may change it.
+        const HRESULT copied = VariantChangeType(&temporary, &standard, 0, standard.vt);
+        if (SUCCEEDED(copied)) PassPointer(place, &temporary);
+        return copied;
+    }
+    if (wanted.level != 1) {
+        VARIANT none;
+        VariantInit(&none);
+        none.vt = VT_NULL;
+        return FitValue(wanted, none, place);
+    }
+    // A place for a result that nobody wants; only the method knows how to free a plain text.
+    if (wanted.kind == VT_LPWSTR || !CanBeGiven(wanted.kind)) {
+        PassPointer(place, nullptr);
         return S_OK;
     }
-    if (IsObject(wanted.kind)) return FitObject(wanted, *from, place);
-    if (wanted.kind == VT_LPWSTR) {
-        const bool isText = from->vt == VT_BSTR || from->vt == VT_LPWSTR || from->vt == VT_NULL ||
-                            (from->vt == VT_UNKNOWN && !platform::IsObjectPointer(from->byref));
-        if (!isText) return DISP_E_TYPEMISMATCH;
-        PassPointer(place, from->vt == VT_NULL ? nullptr : from->byref);
-        return S_OK;
-    }
-    if (Plain(from->vt) == wanted.kind) {
+    VariantInit(&temporary);
+    temporary.vt = wanted.kind == VT_VARIANT ? VARTYPE{VT_NULL} : wanted.kind;
+    PassPointer(place, DataOf(wanted.kind, temporary));
+    return S_OK;
+}
+
+HRESULT TypedCall::FitValue(const ResolvedType& wanted, VARIANT& given, int place) noexcept {
+    VARIANT* from = &given;
+    if (from->vt == kReferredValue && from->byref) from = static_cast<VARIANT*>(from->byref);
+    if (wanted.kind == VT_LPWSTR) return FitText(*from, place);
+    if (wanted.kind == VT_VARIANT || (Plain(from->vt) == wanted.kind && !IsOwn(wanted))) {
         PassValue(place, wanted.kind, *from);
         return S_OK;
     }
     VARIANT& temporary = temporaries_[place];
-    const HRESULT changed = VariantChangeType(&temporary, from, 0, wanted.kind);
+    const HRESULT changed = Change(wanted, *from, temporary);
     if (SUCCEEDED(changed)) PassValue(place, wanted.kind, temporary);
     return changed;
 }
 
-HRESULT TypedCall::Take(int parameter, VARIANT* given) noexcept {
-    const PARAMDESC& about = function_->lprgelemdescParam[parameter].paramdesc;
-    const Type& wanted = types_[parameter];
-    VARIANT none{};
-    const bool isOptional = (about.wParamFlags & (PARAMFLAG_FOPT | PARAMFLAG_FHASDEFAULT)) != 0;
-    // A caller that says so itself tells it to a VARIANT in the same way.
-    const bool saysSo = given && IsMissing(*given) &&
-                        ((about.wParamFlags & PARAMFLAG_FHASDEFAULT) || wanted.kind != VT_VARIANT);
-    if (!given && !isOptional) return DISP_E_BADPARAMCOUNT;
-    if (!given || (saysSo && isOptional)) given = LeftOut(about, none);
-    const bool isInOnly = (about.wParamFlags & PARAMFLAG_FOUT) == 0;
-    if (given == &none && wanted.level == 1) {
-        temporaries_[parameter].vt = VT_NULL;
-        PassPointer(parameter, wanted.kind == VT_VARIANT ? &temporaries_[parameter] : nullptr);
-        return S_OK;
+HRESULT TypedCall::FitText(const VARIANT& given, int place) noexcept {
+    void* text = given.byref;
+    switch (given.vt) {
+        case VT_NULL:
+            text = nullptr;
+            break;
+        case VT_BSTR:
+        case VT_LPWSTR:
+            break;
+        case VT_BYREF | VT_BSTR:
+            if (!text) return DISP_E_TYPEMISMATCH;
+            text = *static_cast<BSTR*>(text);
+            break;
+        case VT_UNKNOWN:
+            // Callers that have no kind for plain texts pass them as objects.
+            if (platform::IsObjectPointer(text)) return DISP_E_TYPEMISMATCH;
+            break;
+        default:
+            return DISP_E_TYPEMISMATCH;
     }
-    return Fit(wanted, isInOnly, given, parameter);
+    PassPointer(place, text);
+    return S_OK;
 }
 
-HRESULT TypedCall::Run(void* instance, const DISPPARAMS& given, VARIANT* result,
-                       UINT* argumentError) noexcept {
-    UINT used = 0;
-    for (int i = 0; i < function_->cParams; ++i) {
-        if (i == resultPlace_) continue;
-        VARIANT* argument = used < given.cArgs ? &given.rgvarg[given.cArgs - 1 - used] : nullptr;
-        if (argument) ++used;
-        const HRESULT taken = Take(i, argument);
-        if (FAILED(taken)) {
-            if (argumentError && argument) *argumentError = static_cast<UINT>(i);
-            return taken;
-        }
+HRESULT TypedCall::FitReference(const ResolvedType& wanted, VARIANT& given, int place) noexcept {
+    const USHORT flags = FlagsOf(place);
+    const bool isInOnly = !(flags & PARAMFLAG_FOUT),
+               isOutOnly = !isInOnly && !(flags & PARAMFLAG_FIN);
+    const bool isReference = (given.vt & VT_BYREF) != 0;
+    if (isReference && !given.byref) return DISP_E_TYPEMISMATCH;
+    if (wanted.kind == VT_VARIANT) {
+        PassPointer(place, given.vt == kReferredValue ? given.byref : &given);
+        return S_OK;
     }
-    return used < given.cArgs ? DISP_E_BADPARAMCOUNT : Call(instance, result);
+    if (isReference && Plain(given.vt) == (VT_BYREF | wanted.kind)) {
+        const bool fits =
+            !IsOwn(wanted) || isOutOnly || Holds(*static_cast<IUnknown**>(given.byref), wanted);
+        if (fits) PassPointer(place, given.byref);
+        return fits ? S_OK : DISP_E_TYPEMISMATCH;
+    }
+    if (wanted.kind == VT_LPWSTR) {
+        if (!isInOnly || given.vt != (VT_BYREF | VT_BSTR)) return DISP_E_TYPEMISMATCH;
+        PassPointer(place, given.byref);
+        return S_OK;
+    }
+    if (!CanBeGiven(wanted.kind)) return DISP_E_TYPEMISMATCH;
+    VARIANT* from = given.vt == kReferredValue ? static_cast<VARIANT*>(given.byref) : &given;
+    // The caller's own value takes the kind, so that it sees the change.
+    VARIANT* room = from != &given && !isInOnly ? from : &temporaries_[place];
+    HRESULT changed = S_OK;
+    if (isOutOnly) {
+        changed = room == from ? VariantClear(room) : S_OK;
+        VariantInit(room);
+        room->vt = wanted.kind;
+    } else {
+        changed = Change(wanted, *from, *room);
+    }
+    if (SUCCEEDED(changed)) PassPointer(place, DataOf(wanted.kind, *room));
+    return changed;
+}
+
+/// \return false for a result that no value can hold.
+bool TypedCall::SetResultPlace() noexcept {
+    if (resultPlace_ >= 0) {
+        const ResolvedType& given = plan_.parameters[resultPlace_];
+        resultKind_ = given.kind;
+        return given.level == 1 && CanBeGiven(given.kind);
+    }
+    if (plan_.result.kind == VT_VOID) return true;
+    resultKind_ = plan_.result.kind;
+    resultPlace_ = count_++;
+    return plan_.result.level == 0 && CanBeGiven(resultKind_);
 }
 
 HRESULT TypedCall::Call(void* instance, VARIANT* result) noexcept {
-    VARIANT made{};
+    VARIANT made;
+    VariantInit(&made);
     if (resultPlace_ >= 0) {
-        const bool isVariant = resultType_.kind == VT_VARIANT;
-        if (!isVariant) made.vt = resultType_.kind;
-        PassPointer(resultPlace_, isVariant ? static_cast<void*>(&made) : &made.byref);
+        if (resultKind_ != VT_VARIANT) made.vt = resultKind_;
+        PassPointer(resultPlace_, DataOf(resultKind_, made));
     }
-    VARIANT returned{};
-    HRESULT status = DispCallFunc(instance, static_cast<ULONG_PTR>(function_->oVft), CC_STDCALL,
-                                  VT_I4, static_cast<UINT>(count_), kinds_, places_, &returned);
+    VARIANT returned;
+    VariantInit(&returned);
+    const auto offset = static_cast<ULONG_PTR>(plan_.function->oVft);
+    HRESULT status = DispCallFunc(instance, offset, CC_STDCALL, VT_I4, static_cast<UINT>(count_),
+                                  kinds_, places_, &returned);
     if (SUCCEEDED(status)) status = returned.lVal;
+    // What lies over the kind may have been written over it.
+    if (resultKind_ == VT_DECIMAL) made.vt = VT_DECIMAL;
     if (made.vt == VT_LPWSTR) {
         auto* text = static_cast<WCHAR*>(made.byref);
         made.vt = text ? VARTYPE{VT_BSTR} : VARTYPE{VT_EMPTY};
@@ -215,7 +310,6 @@ HRESULT TypedCall::Call(void* instance, VARIANT* result) noexcept {
         *result = made;
     } else {
         (void)VariantClear(&made);
-        if (result) VariantInit(result);
     }
     return status;
 }

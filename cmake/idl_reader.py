@@ -20,7 +20,7 @@ PLAIN = {
     'long': (VT_I4, 'LONG'), 'unsigned long': (19, 'ULONG'), 'DWORD': (19, 'DWORD'),
     'hyper': (20, 'LONGLONG'), '__int64': (20, 'LONGLONG'), 'unsigned hyper': (21, 'ULONGLONG'),
     'unsigned __int64': (21, 'ULONGLONG'), 'float': (VT_R4, 'float'), 'double': (VT_R8, 'double'),
-    'CY': (6, 'CY'), 'DATE': (7, 'DATE'), 'BSTR': (VT_BSTR, 'BSTR'), 'SCODE': (10, 'SCODE'),
+    'CY': (6, 'CY'), 'DECIMAL': (14, 'DECIMAL'), 'DATE': (7, 'DATE'), 'BSTR': (VT_BSTR, 'BSTR'), 'SCODE': (10, 'SCODE'),
     'VARIANT_BOOL': (VT_BOOL, 'VARIANT_BOOL'), 'VARIANT': (12, 'VARIANT'),
     'void': (VT_VOID, 'void'), 'HRESULT': (VT_HRESULT, 'HRESULT'), 'LPSTR': (30, 'LPSTR'),
     'LPWSTR': (31, 'LPWSTR'), 'LPCWSTR': (31, 'LPCWSTR'), 'LPOLESTR': (31, 'LPOLESTR'),

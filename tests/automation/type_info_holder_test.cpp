@@ -1,190 +1,349 @@
 #include "automation/type_info_holder.h"
 
 #include <algorithm>
-#include <cstring>
+#include <atomic>
 #include <gtest/gtest.h>
-#include <string>
+#include <iterator>
+#include <map>
+#include <sstream>
+#include <thread>
 #include <vector>
 
-#include "platform/com_object.h"
+#include "automation/id_map.h"
 #include "platform/object_pointer.h"
-#include "platform/shell.h"
-#include "platform/text.h"
-#include "platform/unique_bstr.h"
-#include "platform/unique_variant.h"
-#include "tests/automation/generated/holder_cases.h"
+#include "tests/automation/texts.h"
+#include "tests/cab/failing_new.h"
+#include "tests/support/case_table.h"
 
 namespace AUX {
 namespace {
 
+using holder_cases::Shown;
+using holder_cases::Texts;
 using platform::ComPtr;
+using platform::UniqueBstr;
+using platform::UniqueVariant;
 
-HRESULT LoadTypes(ITypeInfo** info) noexcept {
-    ComPtr<ITypeLib> library;
-    const auto path = platform::FromUtf8(HOLDER_CASES);
-    const HRESULT result = LoadTypeLib(path.c_str(), library.Put());
-    if (FAILED(result)) return result;
-    return library->GetTypeInfoOfGuid(platform::InterfaceId<ITexts>(), info);
+constexpr WORD kCall = DISPATCH_METHOD, kGet = DISPATCH_PROPERTYGET, kPut = DISPATCH_PROPERTYPUT;
+
+HRESULT Load(ITypeInfo** info) noexcept {
+    return holder_cases::LoadTypes(platform::InterfaceId<ITexts>(), info);
+}
+HRESULT LoadDerived(ITypeInfo** info) noexcept {
+    return holder_cases::LoadTypes(platform::InterfaceId<IMoreTexts>(), info);
+}
+/// The other side, which counts the result among the parameters.
+HRESULT LoadTable(ITypeInfo** info) noexcept {
+    ComPtr<ITypeInfo> dispatch;
+    HREFTYPE reference = 0;
+    HRESULT result = Load(dispatch.Put());
+    if (SUCCEEDED(result))
+        result = dispatch->GetRefTypeOfImplType(static_cast<UINT>(-1), &reference);
+    return FAILED(result) ? result : dispatch->GetRefTypeInfo(reference, info);
 }
 
-class Texts final : public platform::ComObject<ITexts> {
-public:
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) noexcept override {
-        return holder.GetTypeInfoCount(count);
-    }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID, ITypeInfo** info) noexcept override {
-        return holder.GetTypeInfo(index, info);
-    }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count, LCID,
-                                            DISPID* ids) noexcept override {
-        return holder.GetIDsOfNames(reserved, names, count, ids);
-    }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID reserved, LCID, WORD flags,
-                                     DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
-                                     UINT* argumentError) noexcept override {
-        return holder.Invoke(static_cast<ITexts*>(this), member, reserved, flags, parameters,
-                             result, exception, argumentError);
-    }
-
-    HRESULT STDMETHODCALLTYPE Echo(LPWSTR words, LPWSTR* result) override {
-        *result = nullptr;
-        if (!words) return S_FALSE;
-        const platform::WideString longer = platform::WideString(words) + TEXT("!");
-        const std::size_t bytes = (longer.size() + 1) * sizeof(WCHAR);
-        *result = static_cast<LPWSTR>(CoTaskMemAlloc(bytes));
-        if (!*result) return E_OUTOFMEMORY;
-        std::memcpy(*result, longer.c_str(), bytes);
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE get_Label(LPWSTR key, LONG* result) override {
-        *result = label_ + key[0];
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE put_Label(LPWSTR key, LONG value) override {
-        label_ = value - key[0];
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE Mixed(LPWSTR words, double a, float b, SHORT c, LONGLONG d, VARIANT e,
-                                    LONG f, VARIANT g, double* sum) override {
-        *sum = words[0] - '0' + a + 10 * b + 100 * c + 1000 * static_cast<double>(d) +
-               10000 * e.lVal + 100000 * f + (g.vt == VT_NULL ? 1000000 : 0);
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE Other(LPWSTR, ITexts* other, ITexts** result) override {
-        *result = ComPtr<ITexts>(other).Detach();
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE Raise(LPWSTR words, LONG* number) override {
-        *number += words[0] - '0';
-        return words[0] == '9' ? E_ACCESSDENIED : S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE Plain(LONG a, LONG* result) override {
-        *result = a + 1;
-        return S_OK;
-    }
-
-    TypeInfoHolder holder{LoadTypes};
-
-private:
-    LONG label_ = 0;
-};
-
-VARIANT Number(LONG number) {
-    VARIANT value{};
-    value.vt = VT_I4;
+VARIANT Of(VARTYPE kind, const void* pointer) {
+    VARIANT value;
+    VariantInit(&value);
+    value.vt = kind;
+    value.byref = const_cast<void*>(pointer);
+    return value;
+}
+VARIANT Number(LONG number, VARTYPE kind = VT_I4) {
+    VARIANT value = Of(kind, nullptr);
     value.lVal = number;
     return value;
 }
-VARIANT Of(VARTYPE kind, void* pointer) {
-    VARIANT value{};
-    value.vt = kind;
-    value.byref = pointer;
-    return value;
+
+struct Answer {
+    HRESULT result;
+    std::string shown;
+    UINT argumentError = 99;
+    EXCEPINFO exception{};
+};
+
+/// \param arguments  In their order; the first `names.size()` of them are named.
+Answer Ask(IDispatch& object, DISPID member, WORD flags, std::vector<VARIANT> arguments,
+           std::vector<DISPID> names = {}) {
+    std::reverse(arguments.begin() + static_cast<std::ptrdiff_t>(names.size()), arguments.end());
+    DISPPARAMS parameters{arguments.data(), names.data(), static_cast<UINT>(arguments.size()),
+                          static_cast<UINT>(names.size())};
+    Answer answer;
+    UniqueVariant result;
+    answer.result = object.Invoke(member, IID{}, 0x409, flags, &parameters, result.Put(),
+                                  &answer.exception, &answer.argumentError);
+    answer.shown = Shown(result.Get());
+    return answer;
 }
 
-std::string Shown(const VARIANT& value) {
-    if (value.vt == VT_EMPTY) return "";
-    if (value.vt == VT_DISPATCH) return value.pdispVal ? "object" : "null";
-    platform::UniqueVariant text;
-    if (FAILED(VariantChangeType(text.Change(), const_cast<VARIANT*>(&value), 0, VT_BSTR)))
-        return "?";
-    return platform::ToUtf8(text.Get().bstrVal ? text.Get().bstrVal : TEXT(""));
-}
-
-TEST(TypeInfoHolder, CallsThroughTheTableWhatTheStockCallRefuses) {
-    const ComPtr<Texts> texts = platform::MakeObject<Texts>();
-    const platform::UniqueBstr one(SysAllocString(TEXT("1"))), zz(SysAllocString(TEXT("zz")));
-    alignas(8) WCHAR plain[] = TEXT("1 plain text");
-    VARIANT inner = Of(VT_BSTR, one.Get());
-    LONG changed = 40;
-    const VARIANT text = Of(VT_BSTR, one.Get()), bad = Of(VT_BSTR, zz.Get());
-    const VARIANT two = Number(2), self = Of(VT_DISPATCH, static_cast<IDispatch*>(texts.Get()));
-    constexpr WORD kCall = DISPATCH_METHOD, kGet = DISPATCH_PROPERTYGET;
-    const struct {
-        const char* why;
-        DISPID member;
-        WORD flags;
-        std::vector<VARIANT> arguments;
-        HRESULT result;
-        std::string shown;
-        UINT argumentError;
-        std::uint32_t stockCalls;
-    } kCases[] = {
-        {"stock", 6, kCall, {two}, S_OK, "3", 99, 1},
-        {"stock again", 6, kCall, {two}, S_OK, "3", 99, 2},
-        {"text in and out, first", 1, kCall, {text}, S_OK, "1!", 99, 3},
-        {"then at once", 1, kCall, {text}, S_OK, "1!", 99, 3},
-        {"in a reference", 1, kCall, {Of(VT_BYREF | VT_VARIANT, &inner)}, S_OK, "1!", 99, 3},
-        {"a plain text", 1, kCall, {Of(VT_UNKNOWN, plain)}, S_OK, "1 plain text!", 99, 3},
-        {"no text", 1, kCall, {Of(VT_UNKNOWN, nullptr)}, S_FALSE, "", 99, 3},
-        {"an object is no text",
-         1,
-         kCall,
-         {Of(VT_UNKNOWN, texts.Get())},
-         DISP_E_TYPEMISMATCH,
-         "",
-         0,
-         3},
-        {"one is missing", 1, kCall, {}, DISP_E_BADPARAMCOUNT, "", 99, 3},
-        {"one too many", 1, kCall, {text, two}, DISP_E_BADPARAMCOUNT, "", 99, 3},
-        {"put", 2, DISPATCH_PROPERTYPUT, {text, two}, S_OK, "", 99, 4},
-        {"call or get", 2, kCall | kGet, {text}, S_OK, "2", 99, 5},
-        {"call or get at once", 2, kCall | kGet, {text}, S_OK, "2", 99, 5},
-        {"all sorts", 3, kCall, {text, two, two, two, two, two, two, two}, S_OK, "222223", 99, 6},
-        {"left out", 3, kCall, {text, two, two, two, two, two}, S_OK, "1522223", 99, 6},
-        {"changed", 3, kCall, {text, text, text, text, text, text}, S_OK, "?", 99, 6},
-        {"no number", 3, kCall, {text, two, two, bad, two, two}, DISP_E_TYPEMISMATCH, "", 3, 6},
-        {"object", 4, kCall, {text, self}, S_OK, "object", 99, 7},
-        {"no object", 4, kCall, {text, VARIANT{}}, S_OK, "null", 99, 7},
-        {"number for object", 4, kCall, {text, two}, DISP_E_TYPEMISMATCH, "", 1, 7},
-        {"by reference", 5, kCall, {text, Of(VT_BYREF | VT_I4, &changed)}, S_OK, "", 99, 8},
-        {"nobody", 77, kCall, {text}, DISP_E_MEMBERNOTFOUND, "", 99, 9},
-    };
-    for (const auto& c : kCases) {
-        SCOPED_TRACE(c.why);
-        std::vector<VARIANT> arguments(c.arguments.rbegin(), c.arguments.rend());
-        DISPID put = DISPID_PROPERTYPUT;
-        const bool isPut = c.flags == DISPATCH_PROPERTYPUT;
-        DISPPARAMS parameters{arguments.data(), isPut ? &put : nullptr,
-                              static_cast<UINT>(arguments.size()), isPut ? 1u : 0u};
-        platform::UniqueVariant result;
-        UINT argumentError = 99;
-        EXPECT_EQ(texts->Invoke(c.member, IID{}, 0, c.flags, &parameters, result.Put(), nullptr,
-                                &argumentError),
-                  c.result);
-        if (c.shown != "?") {
-            EXPECT_EQ(Shown(result.Get()), c.shown);
-        }
-        EXPECT_EQ(argumentError, c.argumentError);
-        EXPECT_EQ(texts->holder.StockCalls(), c.stockCalls);
+class TypeInfoHolderTest : public ::testing::Test {
+protected:
+    ~TypeInfoHolderTest() override {
+        EXPECT_EQ(texts_->AddRef(), 2u) << "no reference is left";
+        texts_->Release();
     }
-    EXPECT_EQ(changed, 41);
-    EXPECT_EQ(texts->AddRef(), 2u) << "no reference is left";
-    texts->Release();
+    IDispatch& Object() { return *static_cast<ITexts*>(texts_.Get()); }
+
+    TypeInfoHolder holder_{Load};
+    const ComPtr<Texts> texts_ = platform::MakeObject<Texts>(holder_);
+};
+
+std::vector<std::string> Words(const platform::WideString& text) {
+    std::istringstream in(platform::ToUtf8(text));
+    return {std::istream_iterator<std::string>(in), {}};
+}
+
+TEST_F(TypeInfoHolderTest, CallsThroughTheTableWhatTheStockCallRefuses) {
+    const UniqueBstr one(SysAllocString(TEXT("1"))), zz(SysAllocString(TEXT("zz")));
+    const UniqueBstr nine(SysAllocString(TEXT("9")));
+    alignas(8) WCHAR plain[] = TEXT("1 plain text");
+    VARIANT inner = Of(VT_BSTR, one.Get()), quarter = Number(0, VT_R8);
+    quarter.dblVal = 0.25;
+    ASSERT_EQ(VariantChangeType(&quarter, &quarter, 0, VT_DECIMAL), S_OK);
+    BSTR lent = one.Get();
+    LONG seven = 7;
+    const std::map<std::string, VARIANT> values = {
+        {"one", Of(VT_BSTR, one.Get())},
+        {"zz", Of(VT_BSTR, zz.Get())},
+        {"nine", Of(VT_BSTR, nine.Get())},
+        {"plain", Of(VT_UNKNOWN, plain)},
+        {"nothing", Of(VT_UNKNOWN, nullptr)},
+        {"self", Of(VT_DISPATCH, &Object())},
+        {"unknown", Of(VT_UNKNOWN, &Object())},
+        {"inner", Of(VT_BYREF | VT_VARIANT, &inner)},
+        {"lent", Of(VT_BYREF | VT_BSTR, &lent)},
+        {"seven", Of(VT_BYREF | VT_I4, &seven)},
+        {"two", Number(2)},
+        {"large", Number(256)},
+        {"null", Number(0, VT_NULL)},
+        {"empty", Number(0, VT_EMPTY)},
+        {"missing", Number(DISP_E_PARAMNOTFOUND, VT_ERROR)},
+        {"quarter", quarter},
+    };
+    for (const auto& row : test_support::ReadCases(AUTOMATION_CASES "typed_calls.tsv", 9)) {
+        SCOPED_TRACE(platform::ToUtf8(row[0]));
+        const auto number = [&](std::size_t field, int base = 10) {
+            return std::strtoul(platform::ToUtf8(row[field]).c_str(), nullptr, base);
+        };
+        std::vector<VARIANT> arguments;
+        for (const std::string& each : Words(row[3])) arguments.push_back(values.at(each));
+        std::vector<DISPID> names;
+        for (const std::string& each : Words(row[4])) names.push_back(std::stoi(each));
+        const std::uint32_t before = holder_.StockCalls();
+        const Answer answer = Ask(Object(), static_cast<DISPID>(number(1)),
+                                  static_cast<WORD>(number(2)), arguments, names);
+        const auto expected = static_cast<HRESULT>(static_cast<DWORD>(number(5, 16)));
+        EXPECT_EQ(answer.result, expected);
+        EXPECT_EQ(answer.shown, platform::ToUtf8(row[6]));
+        EXPECT_EQ(answer.argumentError, number(7));
+        EXPECT_EQ(holder_.StockCalls() - before, number(8));
+        if (FAILED(expected) && number(8) == 0) {
+            EXPECT_EQ(answer.exception.scode, expected);
+        }
+    }
+}
+
+TEST_F(TypeInfoHolderTest, GivesBackWhatAMethodChanged) {
+    const UniqueBstr own(SysAllocString(TEXT("own ")));
+    BSTR lent = own.Get(), words = SysAllocString(TEXT("so "));
+    double half = 0;
+    LONG ten = 10;
+    UniqueVariant number, any, room, result;
+    *number.Change() = Of(VT_BSTR, SysAllocString(TEXT("7")));
+    *room.Change() = Of(VT_BSTR, SysAllocString(TEXT("zz")));
+    IDispatch* object = ComPtr<IDispatch>(texts_.Get()).Detach();
+    IDispatch* other = nullptr;
+    // Through references of the kinds themselves, and through values of the caller's.
+    std::vector<VARIANT> arguments = {Of(VT_BSTR, own.Get()),
+                                      Of(VT_BYREF | VT_VARIANT, number.Change()),
+                                      Of(VT_BYREF | VT_BSTR, &words),
+                                      Of(VT_BYREF | VT_R8, &half),
+                                      Of(VT_BYREF | VT_VARIANT, any.Change()),
+                                      Of(VT_BYREF | VT_DISPATCH, &object),
+                                      Of(VT_BYREF | VT_DISPATCH, &other),
+                                      Of(VT_BYREF | VT_I4, &ten),
+                                      Of(VT_BYREF | VT_BSTR, &lent)};
+    ASSERT_EQ(Ask(Object(), 5, kCall, arguments).result, S_OK);
+    EXPECT_EQ(number.Get().vt, VT_I2) << "the caller's value took the kind";
+    EXPECT_EQ(number.Get().iVal, 8);
+    EXPECT_EQ(half, 2.5);
+    EXPECT_EQ(any.Get().iVal, 11);
+    EXPECT_EQ(object, nullptr);
+    ASSERT_EQ(other, &Object());
+    other->Release();
+    // What a caller holds may be of any kind before a result is put there.
+    arguments[3] = Of(VT_BYREF | VT_VARIANT, room.Change());
+    arguments[6] = Of(VT_BYREF | VT_VARIANT, result.Change());
+    arguments[7] = Number(3);
+    ASSERT_EQ(Ask(Object(), 5, kCall, arguments).result, S_OK);
+    EXPECT_EQ(room.Get().dblVal, 2.5);
+    EXPECT_EQ(Shown(result.Get()), "object");
+    // An object of another sort must not reach a method that calls through the table of its own.
+    ComPtr<ITypeInfo> stranger;
+    ASSERT_EQ(Load(stranger.Put()), S_OK);
+    IUnknown* wrong = stranger.Get();
+    const struct {
+        std::size_t place;
+        VARIANT value;
+    } kRefused[] = {
+        {1, Of(VT_BSTR, own.Get())},
+        {2, Of(VT_BYREF | VT_BSTR, nullptr)},
+        {4, Of(VT_BYREF | VT_VARIANT, nullptr)},
+        {5, Of(VT_BYREF | VT_DISPATCH, &wrong)},
+        {5, Of(VT_UNKNOWN, wrong)},
+        {8, Of(VT_BSTR, own.Get())},
+    };
+    for (const auto& c : kRefused) {
+        std::vector<VARIANT> changed = arguments;
+        changed[c.place] = c.value;
+        const Answer answer = Ask(Object(), 5, kCall, changed);
+        EXPECT_EQ(answer.result, DISP_E_TYPEMISMATCH);
+        EXPECT_EQ(answer.argumentError, c.place);
+    }
+    EXPECT_EQ(Shown(UniqueBstr(words).Get()), "so own 10own own 3own ");
+}
+
+TEST_F(TypeInfoHolderTest, FindsMembersOfTheTableSideAndOfDerivedInterfaces) {
+    const UniqueBstr one(SysAllocString(TEXT("1")));
+    const VARIANT text = Of(VT_BSTR, one.Get());
+    TypeInfoHolder table(LoadTable), derived(LoadDerived);
+    const ComPtr<Texts> first = platform::MakeObject<Texts>(table);
+    EXPECT_EQ(Ask(*first, 1, kCall, {text}).shown, "1!");
+    EXPECT_EQ(Ask(*first, 2, kGet, {text}).shown, "49");
+    LONG label = 0;  // Here the result may be asked for as an argument, too.
+    EXPECT_EQ(Ask(*first, 2, kGet, {text, Of(VT_BYREF | VT_I4, &label)}).result, S_OK);
+    EXPECT_EQ(label, 49);
+    const ComPtr<Texts> second = platform::MakeObject<Texts>(derived);
+    EXPECT_EQ(Ask(*second, 20, kCall, {text}).shown, "98");
+    EXPECT_EQ(Ask(*second, 1, kCall, {text}).shown, "1!");
+}
+
+std::atomic<int> loads = 0;
+std::atomic<bool> isRefused = false;
+
+TEST(TypeInfoHolderLoading, AsksAgainAfterAFailureAndAfterItsEnd) {
+    loads = 0;
+    isRefused = true;
+    TypeInfoHolder holder([](ITypeInfo** info) noexcept {
+        ++loads;
+        return isRefused ? TYPE_E_CANTLOADLIBRARY : Load(info);
+    });
+    const ComPtr<Texts> texts = platform::MakeObject<Texts>(holder);
+    const UniqueBstr one(SysAllocString(TEXT("1")));
+    const VARIANT text = Of(VT_BSTR, one.Get());
+    platform::WideString label = TEXT("LABEL");
+    LPOLESTR name = label.data();
+    DISPID id = 0;
+    ComPtr<ITypeInfo> info;
+    EXPECT_EQ(Ask(*texts, 1, kCall, {text}).result, TYPE_E_CANTLOADLIBRARY);
+    EXPECT_EQ(holder.GetTypeInfo(0, info.Put()), TYPE_E_CANTLOADLIBRARY);
+    EXPECT_EQ(holder.GetIDsOfNames(IID{}, &name, 1, &id), TYPE_E_CANTLOADLIBRARY);
+    EXPECT_EQ(loads, 3);
+    isRefused = false;
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(Ask(*texts, 1, kCall, {text}).shown, "1!");
+        EXPECT_EQ(holder.GetIDsOfNames(IID{}, &name, 1, &id), S_OK);
+        EXPECT_EQ(holder.GetTypeInfo(0, info.Put()), S_OK);
+        EXPECT_EQ(loads, 4 + i);
+        TypeInfoHolder::UnloadAll();
+    }
+    EXPECT_EQ(id, 2);
+}
+
+TEST_F(TypeInfoHolderTest, KnowsNamesAndRefusesMisuse) {
+    platform::WideString words[] = {TEXT("Label"),  TEXT("pLAIN"), TEXT("Plai"),
+                                    TEXT("Values"), TEXT("M"),     TEXT("b")};
+    LPOLESTR names[6];
+    for (int i = 0; i < 6; ++i) names[i] = words[i].data();
+    const DISPID kIds[] = {2, 6, DISPID_UNKNOWN, 3};
+    DISPID ids[3] = {};
+    for (int i = 0; i < 4; ++i) {
+        const HRESULT expected = kIds[i] == DISPID_UNKNOWN ? DISP_E_UNKNOWNNAME : S_OK;
+        EXPECT_EQ(holder_.GetIDsOfNames(IID{}, &names[i], 1, ids), expected);
+        EXPECT_EQ(ids[0], kIds[i]);
+    }
+    EXPECT_EQ(holder_.GetIDsOfNames(IID{}, &names[3], 3, ids), S_OK) << "with its parameters";
+    EXPECT_EQ(ids[1], 13);
+    EXPECT_EQ(ids[2], 2);
+    const IID other = platform::InterfaceId<ITexts>();
+    EXPECT_EQ(holder_.GetIDsOfNames(other, names, 1, ids), DISP_E_UNKNOWNINTERFACE);
+    EXPECT_EQ(holder_.GetIDsOfNames(IID{}, nullptr, 1, ids), E_POINTER);
+    DISPPARAMS none{}, noArguments{nullptr, nullptr, 1, 0}, noNames{nullptr, nullptr, 0, 1};
+    const auto invoke = [&](REFIID id, DISPPARAMS* parameters) {
+        return Object().Invoke(1, id, 0, kCall, parameters, nullptr, nullptr, nullptr);
+    };
+    EXPECT_EQ(invoke(other, &none), DISP_E_UNKNOWNINTERFACE);
+    for (DISPPARAMS* each : {static_cast<DISPPARAMS*>(nullptr), &noArguments, &noNames}) {
+        EXPECT_EQ(invoke(IID{}, each), E_INVALIDARG);
+    }
+    UINT count = 0;
+    ComPtr<ITypeInfo> first, again;
+    EXPECT_EQ(holder_.GetTypeInfoCount(&count), S_OK);
+    EXPECT_EQ(count, 1u);
+    EXPECT_EQ(holder_.GetTypeInfo(1, first.Put()), DISP_E_BADINDEX);
+    EXPECT_EQ(holder_.GetTypeInfo(0, nullptr), E_POINTER);
+    EXPECT_EQ(holder_.GetTypeInfo(0, first.Put()), S_OK);
+    EXPECT_EQ(holder_.GetTypeInfo(0, again.Put()), S_OK);
+    EXPECT_EQ(first.Get(), again.Get()) << "loaded once";
+}
+
+// Members are met first, and the maps grow, while another thread looks them up.
+TEST_F(TypeInfoHolderTest, ServesTwoThreads) {
+    const UniqueBstr one(SysAllocString(TEXT("1")));
+    const VARIANT text = Of(VT_BSTR, one.Get());
+    std::atomic<int> ready = 0;
+    const auto work = [&](DISPID step) {
+        ++ready;
+        while (ready < 2) std::this_thread::yield();
+        for (DISPID i = 0; i < 60; ++i) {
+            const DISPID member = (i * step) % 13;
+            const Answer answer = Ask(Object(), member, kCall | kGet | kPut, {text});
+            if (member == 1) {
+                EXPECT_EQ(answer.shown, "1!");
+            }
+            if (member == 8) {
+                EXPECT_EQ(answer.shown, "1");
+            }
+        }
+    };
+    std::thread other(work, 5);
+    work(1);
+    other.join();
+}
+
+TEST(TypeInfoHolderMemory, FailsWithoutMemoryAndRecovers) {
+    const UniqueBstr one(SysAllocString(TEXT("1")));
+    VARIANT text = Of(VT_BSTR, one.Get());
+    DISPPARAMS parameters{&text, nullptr, 1, 0};
+    platform::WideString label = TEXT("Label");
+    LPOLESTR name = label.data();
+    for (const DISPID member : {2, 9, 0}) {  // a number, an object, names alone
+        const auto work = [&] {
+            TypeInfoHolder holder(Load);
+            ComPtr<Texts> texts;
+            texts.Attach(new (std::nothrow) Texts(holder));
+            if (!texts) return;
+            const auto call = [&] {
+                UniqueVariant result;
+                DISPID id = 0;
+                if (member == 0) return holder.GetIDsOfNames(IID{}, &name, 1, &id);
+                return holder.Invoke(static_cast<ITexts*>(texts.Get()), member, IID{}, kGet,
+                                     &parameters, result.Change(), nullptr, nullptr);
+            };
+            const HRESULT first = call();
+            const bool mayFail = bag_test::HasNewFailed();
+            EXPECT_TRUE(first == S_OK || (mayFail && first == E_OUTOFMEMORY)) << std::hex << first;
+            EXPECT_EQ(call(), S_OK) << "nothing is remembered wrongly";
+        };
+        work();  // What is made at the first use only is made now.
+        const auto failures = bag_test::FailEachNew(work, bag_test::Requests::Nothrow);
+        EXPECT_GE(failures, 3u);
+    }
 }
 
 TEST(ObjectPointer, TellsObjectsFromTexts) {
-    const ComPtr<Texts> texts = platform::MakeObject<Texts>();
+    TypeInfoHolder holder(Load);
+    const ComPtr<Texts> texts = platform::MakeObject<Texts>(holder);
     alignas(8) const WCHAR aligned[] = TEXT("a");
     alignas(8) const WCHAR zeros[8] = {};
     const void* ownTable[4] = {zeros, zeros, zeros, zeros};

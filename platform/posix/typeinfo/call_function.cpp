@@ -10,6 +10,7 @@ constexpr UINT kMaxActuals = 62;
 ffi_type* PassedAs(VARTYPE kind) noexcept {
     static ffi_type* words[] = {&ffi_type_uint64, &ffi_type_uint64, &ffi_type_uint64, nullptr};
     static ffi_type variant{24, 8, FFI_TYPE_STRUCT, words};
+    static ffi_type decimal{16, 8, FFI_TYPE_STRUCT, &words[1]};
     switch (kind) {
         case VT_I1:
             return &ffi_type_sint8;
@@ -34,6 +35,8 @@ ffi_type* PassedAs(VARTYPE kind) noexcept {
             return &ffi_type_double;
         case VT_VARIANT:
             return &variant;
+        case VT_DECIMAL:
+            return &decimal;
         default:
             return &ffi_type_uint64;  // integers of 64 bits and pointers
     }
@@ -51,7 +54,8 @@ HRESULT DispCallFunc(void* instance, ULONG_PTR offset, CALLCONV convention, VART
     void* places[kMaxActuals + 1] = {&instance};
     for (UINT i = 0; i < count; ++i) {
         types[i + 1] = PassedAs(kinds[i]);
-        places[i + 1] = kinds[i] == VT_VARIANT ? static_cast<void*>(values[i]) : &values[i]->room;
+        const bool isWhole = kinds[i] == VT_VARIANT || kinds[i] == VT_DECIMAL;
+        places[i + 1] = isWhole ? static_cast<void*>(values[i]) : &values[i]->room;
     }
     ffi_cif interface;
     if (ffi_prep_cif(&interface, FFI_DEFAULT_ABI, count + 1, &ffi_type_sint32, types) != FFI_OK) {

@@ -101,7 +101,7 @@ HRESULT UnRegisterTypeLibForUser(REFGUID id, WORD major, WORD minor, LCID langua
 /// Calls the function at a place in the table of `instance`, counted in bytes.
 /// \param convention  CC_STDCALL.
 /// \param resultKind  VT_I4 or VT_ERROR.
-/// \param count       At most 62; `kinds` tells how each value is passed, VT_VARIANT as a copy.
-/// \return E_INVALIDARG for anything else; what the function itself gave is in `result`.
+/// \param count       At most 62; `kinds` tells how each value is passed, VT_VARIANT and VT_DECIMAL
+/// as copies. \return E_INVALIDARG for anything else; what the function itself gave is in `result`.
 HRESULT DispCallFunc(void* instance, ULONG_PTR offset, CALLCONV convention, VARTYPE resultKind,
                      UINT count, VARTYPE* kinds, VARIANTARG** values, VARIANT* result) noexcept;
