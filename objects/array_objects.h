@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 #include "objects/element_row.h"
 
 namespace AUX {
@@ -93,6 +95,14 @@ public:
     /// Keeps the array as it is until as many calls of Unlock. For the library's own code.
     void Lock() noexcept { row_.Lock(); }
     void Unlock() noexcept { row_.Unlock(); }
+
+    /// Takes over values that are the array's own then, at the end; each that it took is null.
+    [[nodiscard]] HRESULT TakeAll(Value* values, ULONG count) noexcept {
+        return row_.InsertEach(count, row_.Count(), [&](ULONG i, Value& value) {
+            value = std::exchange(values[i], Value{});
+            return S_OK;
+        });
+    }
 
     HRESULT STDMETHODCALLTYPE GetEnumerator(EnumInterface** items) noexcept override {
         return MakeInto<EnumObject<EnumInterface, Interface, Value>>(items, this, 0u);

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "foundation/allocated.h"
+#include "objects/type_holders.h"
 #include "platform/com_object.h"
-#include "platform/typed_dispatch.h"
 #include "resources/generated/addin.h"
 
 /// What all objects of the family share. Unless told otherwise an object is not thread-safe, its
@@ -11,15 +11,17 @@
 /// object as it was.
 namespace AUX {
 
-/// Gives the type library that describes the family.
-using TypeLibraryLoader = HRESULT (*)(ITypeLib** library) noexcept;
+/// How many objects of the family are alive, the module's own among them.
+[[nodiscard]] LONG LiveObjects() noexcept;
 
-/// Says where type information comes from; null gives back what is held. Belongs to the start and
-/// the end of the module. Without it the objects answer calls by name with TYPE_E_ELEMENTNOTFOUND.
-void SetTypeLibraryLoader(TypeLibraryLoader loader) noexcept;
-
-/// The description of an interface; the library is loaded when it is first asked for. Any thread.
-[[nodiscard]] HRESULT FindTypeInfo(REFIID id, ITypeInfo** info) noexcept;
+/// A base of each object that counts.
+class LiveObject {
+protected:
+    LiveObject() noexcept;
+    ~LiveObject();
+    LiveObject(const LiveObject&) = delete;
+    LiveObject& operator=(const LiveObject&) = delete;
+};
 
 /// The calls by name of a dual interface, answered from its description.
 template <class Interface>
@@ -28,38 +30,37 @@ public:
     using Implements = Interface;
 
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) noexcept override {
-        return Dispatch().GetTypeInfoCount(count);
+        TypeInfoHolder* const types = TypesOf<Interface>();
+        return types ? types->GetTypeInfoCount(count) : kNoTypes;
     }
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID, ITypeInfo** info) noexcept override {
-        return Dispatch().GetTypeInfo(index, info);
+        TypeInfoHolder* const types = TypesOf<Interface>();
+        return types ? types->GetTypeInfo(index, info) : kNoTypes;
     }
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count, LCID,
                                             DISPID* ids) noexcept override {
-        return Dispatch().GetIDsOfNames(reserved, names, count, ids);
+        TypeInfoHolder* const types = TypesOf<Interface>();
+        return types ? types->GetIDsOfNames(reserved, names, count, ids) : kNoTypes;
     }
     HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID reserved, LCID, WORD flags,
                                      DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
                                      UINT* argumentError) noexcept override {
-        return Dispatch().Invoke(static_cast<Interface*>(this), member, reserved, flags, parameters,
-                                 result, exception, argumentError);
-    }
-
-private:
-    // Made for each call, so that threads share nothing but the library.
-    static platform::TypedDispatch Dispatch() noexcept {
-        return platform::TypedDispatch([](ITypeInfo** info) noexcept {
-            return FindTypeInfo(platform::InterfaceId<Interface>(), info);
-        });
+        TypeInfoHolder* const types = TypesOf<Interface>();
+        return types ? types->Invoke(static_cast<Interface*>(this), member, reserved, flags,
+                                     parameters, result, exception, argumentError)
+                     : kNoTypes;
     }
 };
 
 /// An object with one interface, in a block of the library's allocator.
 template <class Interface>
-class PlainObject : public platform::ComObject<Interface>, public Allocated {};
+class PlainObject : public platform::ComObject<Interface>, public Allocated, LiveObject {};
 
 /// An object with one dual interface, and those that it is reached by from inside.
 template <class Interface, class... Inner>
-class DualObject : public platform::ComObject<DualBase<Interface>, Inner...>, public Allocated {};
+class DualObject : public platform::ComObject<DualBase<Interface>, Inner...>,
+                   public Allocated,
+                   LiveObject {};
 
 /// Makes an object into an out pointer.
 template <class Class, class Interface, class... Arguments>
@@ -67,6 +68,13 @@ template <class Class, class Interface, class... Arguments>
     if (!result) return E_POINTER;
     *result = platform::MakeObject<Class>(static_cast<Arguments&&>(arguments)...).Detach();
     return *result ? S_OK : E_OUTOFMEMORY;
+}
+
+/// Whether an object has more references than `own` at this moment.
+template <class Object>
+[[nodiscard]] bool IsHeldBeside(Object& object, ULONG own) noexcept {
+    object.AddRef();
+    return object.Release() > own;
 }
 
 /// The Boolean of the interfaces.

@@ -59,6 +59,20 @@ MessageHub::~MessageHub() {
     if (hasLock_) DeleteCriticalSection(&lock);
 }
 
+ULONG MessageHub::PoolCount() noexcept {
+    const LockScope scope(lock);
+    return pool.Count();
+}
+
+bool MessageHub::IsHeld() noexcept {
+    if (IsHeldBeside(*this, 1)) return true;
+    const LockScope scope(lock);
+    for (MessageEvent* record : pool) {
+        if (IsHeldBeside(*record, 1)) return true;
+    }
+    return false;
+}
+
 // Releases a chain of entries; never under the lock, since sinks may end here.
 void MessageHub::Drop(Entry* first) noexcept {
     while (first) {

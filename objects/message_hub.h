@@ -24,6 +24,11 @@ public:
     /// \return whether the hub has its lock; without it no other operation may be called.
     [[nodiscard]] bool HasLock() const noexcept { return hasLock_; }
 
+    /// The records that it keeps for use again.
+    [[nodiscard]] ULONG PoolCount() noexcept;
+    /// Whether others than its one owner hold it, or one of its records.
+    [[nodiscard]] bool IsHeld() noexcept;
+
     /// \return E_INVALIDARG for a null sink; HRESULT_FROM_WIN32(ERROR_ALREADY_EXISTS).
     HRESULT STDMETHODCALLTYPE Subscribe(IMessageSink* sink, LONG level) noexcept override;
     /// \return S_FALSE if it was not subscribed; E_INVALIDARG for null.

@@ -1,6 +1,8 @@
 #include "objects/root_object.h"
 
+#include "automation/split_words.h"
 #include "objects/array_objects.h"
+#include "objects/keyword_objects.h"
 #include "objects/operation_history.h"
 #include "objects/progress_slice.h"
 #include "objects/value_objects.h"
@@ -29,13 +31,15 @@ HRESULT NotThere(IUnknown** result) noexcept {
 RootObject& Root() noexcept { return place.root; }
 
 bool StartObjects(TypeLibraryLoader loader) noexcept {
-    SetTypeLibraryLoader(loader);
-    return Root().Start();
+    StartTypes(loader);
+    if (Root().Start()) return true;
+    EndTypes();
+    return false;
 }
 
 void EndObjects() noexcept {
     Root().End();
-    SetTypeLibraryLoader(nullptr);
+    EndTypes();
 }
 
 bool RootObject::Start() noexcept {
@@ -43,6 +47,7 @@ bool RootObject::Start() noexcept {
     hub = platform::MakeObject<MessageHub>();
     isStarted = hub && hub->HasLock() && InitializeCriticalSectionAndSpinCount(&lock, kSpinCount);
     if (!isStarted) hub.Reset();
+    keywordHash = HashKeyword;
     return isStarted;
 }
 
@@ -52,6 +57,11 @@ void RootObject::End() noexcept {
     DeleteCriticalSection(&lock);
     hub.Reset();
     math.Reset();
+}
+
+bool RootObject::AreObjectsInUse() noexcept {
+    const LONG own = hub ? static_cast<LONG>(1 + hub->PoolCount()) : 0;
+    return LiveObjects() > own || (hub && hub->IsHeld()) || (math && IsHeldBeside(*math.Get(), 1));
 }
 
 HRESULT RootObject::QueryInterface(REFIID id, void** object) noexcept {
@@ -182,18 +192,51 @@ HRESULT RootObject::NewTemplateSetFromText(const void*, LONG, IUnknown** set) no
 HRESULT RootObject::NewBagFromTemplateSet(IUnknown*, LPCWSTR, IUnknown** bag) noexcept {
     return NotThere(bag);
 }
-HRESULT RootObject::NewKeywordTable(BSTR, LONG, LONG, LONG, BSTR, VARIANT_BOOL,
-                                    IUnknown** table) noexcept {
-    return NotThere(table);
+namespace {
+
+WStringView ViewOf(BSTR text) noexcept { return {text, SysStringLen(text)}; }
+
+}  // namespace
+
+HRESULT RootObject::NewKeywordTable(BSTR spec, LONG minValue, LONG maxValue, LONG defaultValue,
+                                    BSTR prefix, VARIANT_BOOL caseSensitive,
+                                    IKeywordTable** table) noexcept {
+    if (!table) return E_POINTER;
+    *table = nullptr;
+    const bool isCaseSensitive = caseSensitive != VARIANT_FALSE;
+    auto made = platform::MakeObject<KeywordTableObject>(isCaseSensitive);
+    if (!made) return E_OUTOFMEMORY;
+    made->Table().Parse(ViewOf(spec), minValue, maxValue, defaultValue, ViewOf(prefix));
+    *table = made.Detach();
+    return S_OK;
 }
-HRESULT RootObject::NewHashedKeywordTable(BSTR, LONG, LONG, LONG, BSTR, VARIANT_BOOL,
-                                          IUnknown** table) noexcept {
-    return NotThere(table);
+
+HRESULT RootObject::NewHashedKeywordTable(BSTR spec, LONG minValue, LONG maxValue,
+                                          LONG defaultValue, BSTR prefix,
+                                          VARIANT_BOOL caseSensitive,
+                                          IHashedKeywordTable** table) noexcept {
+    if (!table) return E_POINTER;
+    *table = nullptr;
+    if (!keywordHash) return E_NOTIMPL;
+    const bool isCaseSensitive = caseSensitive != VARIANT_FALSE;
+    auto made = platform::MakeObject<HashedKeywordTableObject>(keywordHash, isCaseSensitive);
+    if (!made) return E_OUTOFMEMORY;
+    made->Table().Parse(ViewOf(spec), minValue, maxValue, defaultValue, ViewOf(prefix));
+    *table = made.Detach();
+    return S_OK;
 }
-HRESULT RootObject::SplitWords(BSTR, IStringArray** words) noexcept {
+
+HRESULT RootObject::SplitWords(BSTR text, IStringArray** words) noexcept {
     if (!words) return E_POINTER;
     *words = nullptr;
-    return E_NOTIMPL;
+    Array<BSTR> found;
+    HRESULT result = AUX::SplitWords(text, found);
+    if (result != S_OK) return result;
+    auto made = platform::MakeObject<StringArrayObject>();
+    result = made ? made->TakeAll(found.Data(), found.Count()) : E_OUTOFMEMORY;
+    FreeWords(found);
+    if (SUCCEEDED(result)) *words = made.Detach();
+    return result;
 }
 
 }  // namespace AUX

@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "automation/geometry_math.h"
+#include "automation/keyword_table.h"
 #include "objects/message_hub.h"
 #include "platform/sync.h"
 
@@ -10,8 +11,8 @@ namespace AUX {
 
 /// The way into the family: one static object that makes the others and offers the library's
 /// services. It isn't counted: AddRef and Release give 1. Any thread, from StartObjects to
-/// EndObjects. Of the makers, those of bags, templates, colours, page ranges, words and keyword
-/// tables belong to classes that have no object yet, and give E_NOTIMPL.
+/// EndObjects. Of the makers, those of bags, templates, colours and page ranges belong to classes
+/// that have no object yet, and give E_NOTIMPL.
 class RootObject final : public DualBase<IRootObject> {
 public:
     constexpr RootObject() noexcept = default;
@@ -20,6 +21,11 @@ public:
     [[nodiscard]] bool Start() noexcept;
     /// Gives the lock back, then the hub and the geometry.
     void End() noexcept;
+    /// Whether others hold an object of the family, beside those that the root keeps for itself.
+    [[nodiscard]] bool AreObjectsInUse() noexcept;
+    /// Says how hashed keyword tables that are made from now on hash; null for not at all. Belongs
+    /// to the start of a module that wants another hash than HashKeyword.
+    void SetKeywordHash(KeywordHash hash) noexcept { keywordHash = hash; }
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) noexcept override;
     ULONG STDMETHODCALLTYPE AddRef() noexcept override { return 1; }
@@ -50,6 +56,7 @@ public:
     HRESULT STDMETHODCALLTYPE NewSignal(ISignal** signal) noexcept override;
     HRESULT STDMETHODCALLTYPE NewIntArray(IIntArray** array) noexcept override;
     HRESULT STDMETHODCALLTYPE NewPageRange(IUnknown** range) noexcept override;
+    /// Words as AUX::SplitWords cuts them. \return S_FALSE, and null, for an empty text.
     HRESULT STDMETHODCALLTYPE SplitWords(BSTR text, IStringArray** words) noexcept override;
     HRESULT STDMETHODCALLTYPE NewBagFromTemplateStream(IUnknown* stream, LPCWSTR root,
                                                        IUnknown** bag) noexcept override;
@@ -83,14 +90,16 @@ public:
     /// \return E_FAIL before StartObjects and after EndObjects.
     HRESULT STDMETHODCALLTYPE GetHub(IMessageHub** hub) noexcept override;
     HRESULT STDMETHODCALLTYPE GetMath(IUnknown** math) noexcept override;
+    /// The text is told at KeywordTable::Parse. A table for which memory ran out is shorter.
     HRESULT STDMETHODCALLTYPE NewKeywordTable(BSTR spec, LONG minValue, LONG maxValue,
                                               LONG defaultValue, BSTR prefix,
                                               VARIANT_BOOL caseSensitive,
-                                              IUnknown** table) noexcept override;
+                                              IKeywordTable** table) noexcept override;
+    /// \return E_NOTIMPL if the root has no hash.
     HRESULT STDMETHODCALLTYPE NewHashedKeywordTable(BSTR spec, LONG minValue, LONG maxValue,
                                                     LONG defaultValue, BSTR prefix,
                                                     VARIANT_BOOL caseSensitive,
-                                                    IUnknown** table) noexcept override;
+                                                    IHashedKeywordTable** table) noexcept override;
     /// \return E_INVALIDARG for a null parent or a negative range, or as ProgressSlice::Start.
     HRESULT STDMETHODCALLTYPE NewProgressSlice(IProgress* parent, double range, ULONG stateMask,
                                                ULONG blocking,
@@ -119,6 +128,7 @@ private:
     CRITICAL_SECTION lock{};  // guards the lazy geometry
     platform::ComPtr<MessageHub> hub;
     platform::ComPtr<GeometryMath> math;
+    KeywordHash keywordHash = nullptr;
     bool isStarted = false;
 };
 
