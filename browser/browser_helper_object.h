@@ -6,11 +6,7 @@
 #include "platform/band.h"
 #include "platform/html_defaults.h"
 #include "platform/typed_dispatch.h"
-
-/// The class's own interface, for late binding. It adds nothing to IDispatch.
-struct IQVDIEaddinBHO : IDispatch {};
-QVD_INTERFACE_ID(IQVDIEaddinBHO, 0x7A2C9E14, 0x3D58, 0x4B06,
-                 {0xA1, 0xF7, 0x5C, 0x90, 0xE3, 0xD2, 0x6B, 0x87});
+#include "resources/generated/addin.h"
 
 /// What a browser makes of the add-in, twice for each tab. Its site decides which of the two it is:
 /// the browser itself, which it tells to show or hide the toolbar; or the bar that bands lie in,

@@ -1,14 +1,32 @@
 #include "browser/server_state.h"
 #include "browser/toolbar_state.h"
+#include "browser/type_library.h"
 #include "browser/window_classes.h"
 #include "foundation/library.h"
 #include "foundation/module_folder.h"
+#include "objects/root_object.h"
 #include "platform/modules.h"
 
 namespace {
 
 // Windows tells of the end also when the start has failed.
 constinit bool hasStarted = false;
+
+HRESULT LoadTypes(ITypeLib** library) noexcept {
+    platform::ComPtr<ITypeLib> loaded;
+    const HRESULT result = LoadAddinTypeLibrary(loaded);
+    *library = loaded.Detach();
+    return result;
+}
+
+void End() noexcept {
+    UnregisterWindowClasses();
+    SharedToolbarState().Store();
+    AUX::EndObjects();
+    AUX::EndLibrary();
+    EndServer();
+    DetachModule();
+}
 
 // In this order; the library's memory has started before. Whatever a later step needs stands by
 // then. What can wait is done at its first use: the system holds its lock on modules meanwhile.
@@ -25,22 +43,16 @@ bool Start(HINSTANCE module) noexcept {
         return false;
     }
     AUX::StartLibrary();
-    return true;
-}
-
-void End() noexcept {
-    UnregisterWindowClasses();
-    AUX::EndLibrary();
-    SharedToolbarState().Store();
-    EndServer();
-    DetachModule();
+    if (AUX::StartObjects(LoadTypes)) return true;
+    End();
+    return false;
 }
 
 }  // namespace
 
 /// The module's start and end, in one place.
-/// \return FALSE, so that the module is not loaded, when its own folder cannot be read or one of
-///         its locks cannot be made.
+/// \return FALSE, so that the module is not loaded, when its own folder cannot be read, one of its
+///         locks cannot be made, or memory runs out.
 extern "C" QVD_EXPORT BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) noexcept {
     if (reason == DLL_PROCESS_ATTACH) {
         hasStarted = Start(module);

@@ -2,7 +2,9 @@
 
 #include <atomic>
 
+#include "browser/browser_helper_object.h"
 #include "browser/class_factory.h"
+#include "objects/root_object.h"
 #include "platform/com_ptr.h"
 #include "platform/sync.h"
 
@@ -14,11 +16,17 @@ constinit std::atomic<bool> hasStarted{false};
 
 struct ServedClass {
     CLSID id;
-    platform::ComPtr<IClassFactory> (*makeFactory)() noexcept;
+    ObjectMaker maker;
     // One reference, given back by EndServer: at the process's end nobody may run a destructor.
     std::atomic<IClassFactory*> factory;
 };
-constinit ServedClass servedClasses[] = {{kAddinClassId, MakeClassFactory, nullptr}};
+
+HRESULT GiveRoot(REFIID id, void** object) noexcept {
+    return AUX::Root().QueryInterface(id, object);
+}
+
+constinit ServedClass servedClasses[] = {{kAddinClassId, MakeBrowserHelperObject, nullptr},
+                                         {kRootClassId, GiveRoot, nullptr}};
 
 IClassFactory* FactoryOf(ServedClass& served) noexcept {
     IClassFactory* factory = served.factory.load(std::memory_order_acquire);
@@ -26,7 +34,7 @@ IClassFactory* FactoryOf(ServedClass& served) noexcept {
     EnterCriticalSection(&factoryLock);
     factory = served.factory.load(std::memory_order_relaxed);
     if (!factory) {  // Another thread may have made it meanwhile.
-        factory = served.makeFactory().Detach();
+        factory = MakeClassFactory(served.maker).Detach();
         served.factory.store(factory, std::memory_order_release);
     }
     LeaveCriticalSection(&factoryLock);
@@ -53,7 +61,9 @@ void LockModule() noexcept { moduleLocks.fetch_add(1, std::memory_order_relaxed)
 
 void UnlockModule() noexcept { moduleLocks.fetch_sub(1, std::memory_order_acq_rel); }
 
-bool IsModuleLocked() noexcept { return moduleLocks.load(std::memory_order_acquire) != 0; }
+bool IsModuleLocked() noexcept {
+    return moduleLocks.load(std::memory_order_acquire) != 0 || AUX::Root().AreObjectsInUse();
+}
 
 HRESULT GetClassFactory(REFCLSID classId, REFIID id, void** factory) noexcept {
     if (!factory) return E_POINTER;

@@ -14,6 +14,7 @@ void EndServer() noexcept;
 /// Keeps the module loaded, until as many calls of UnlockModule.
 void LockModule() noexcept;
 void UnlockModule() noexcept;
+/// Whether it is kept so, or a host holds an object of the library's family.
 [[nodiscard]] bool IsModuleLocked() noexcept;
 
 /// The factory of one of the module's classes, made at the first use and kept until the module

@@ -245,6 +245,43 @@ TEST_F(ServerTest, AnswersLateBoundCallsFromItsTypeLibrary) {
               DISP_E_MEMBERNOTFOUND);
 }
 
+// The root is there from the module's start on, and what a host holds of it keeps the module.
+TEST_F(ServerTest, OffersTheRootOfTheObjectsThatItsLibraryDescribes) {
+    using GetClassObject = HRESULT(REFCLSID, REFIID, void**);
+    void* made = nullptr;
+    ASSERT_EQ(Export<GetClassObject>("DllGetClassObject")(
+                  kRootClassId, platform::InterfaceId<IClassFactory>(), &made),
+              S_OK);
+    ComPtr<IClassFactory> factory;
+    factory.Attach(static_cast<IClassFactory*>(made));
+    ASSERT_EQ(factory->CreateInstance(nullptr, platform::InterfaceId<IRootObject>(), &made), S_OK);
+    ComPtr<IRootObject> root;
+    root.Attach(static_cast<IRootObject*>(made));
+    EXPECT_TRUE(CanUnload()) << "the root and its hub are the module's own";
+    {
+        ComPtr<IIntArray> array;
+        ASSERT_EQ(root->NewIntArray(array.Put()), S_OK);
+        EXPECT_FALSE(CanUnload());
+        WCHAR name[] = TEXT("insert");
+        LPOLESTR names[] = {name};
+        DISPID id = 0;
+        EXPECT_EQ(array->GetIDsOfNames(IID{}, names, 1, 0, &id), S_OK);
+    }
+    EXPECT_TRUE(CanUnload());
+    {
+        ComPtr<IUnknown> math;
+        ASSERT_EQ(root->GetMath(math.Put()), S_OK);
+        EXPECT_FALSE(CanUnload());
+    }
+    EXPECT_TRUE(CanUnload());
+    ComPtr<IMessageHub> hub;
+    ASSERT_EQ(root->GetHub(hub.Put()), S_OK);
+    EXPECT_FALSE(CanUnload());
+    EXPECT_EQ(hub->FireSimple(1, TEXT("text"), 0, 0), S_OK);
+    hub.Reset();
+    EXPECT_TRUE(CanUnload());
+}
+
 TEST_F(ServerTest, LoadsAndUnloadsAThousandTimes) {
     module_.Reset();
     for (int i = 0; i < 1000; ++i) {
