@@ -88,7 +88,6 @@ template <class Interface, class EnumInterface, class Element>
 class ValueArray final : public DualObject<Interface> {
 public:
     using Value = typename Element::Value;
-    using Input = std::conditional_t<std::is_same_v<Value, BSTR>, BSTR*, const Value*>;
 
     explicit ValueArray(Element element = {}) noexcept : row_(element) {}
 
@@ -123,10 +122,11 @@ public:
     HRESULT STDMETHODCALLTYPE Insert(Value value, ULONG at) noexcept override {
         return row_.InsertCopies(&value, 1, at);
     }
-    /// \return S_FALSE for a count of 0.
-    HRESULT STDMETHODCALLTYPE InsertRange(Input values, ULONG count, ULONG at) noexcept override {
+    /// \param values  Of the array's type. \return S_FALSE for a count of 0.
+    HRESULT STDMETHODCALLTYPE InsertRange(const void* values, ULONG count,
+                                          ULONG at) noexcept override {
         if (!values) return E_INVALIDARG;
-        const HRESULT result = row_.InsertCopies(values, count, at);
+        const HRESULT result = row_.InsertCopies(static_cast<const Value*>(values), count, at);
         return result == S_OK && count == 0 ? S_FALSE : result;
     }
     HRESULT STDMETHODCALLTYPE InsertFrom(Interface* other, ULONG first, ULONG count,

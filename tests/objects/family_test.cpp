@@ -1,5 +1,4 @@
 #include <cmath>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -9,12 +8,15 @@
 #include "objects/root_object.h"
 #include "objects/value_objects.h"
 #include "platform/unique_bstr.h"
+#include "tests/objects/host_objects.h"
 #include "tests/support/com_rules.h"
 #include "tests/support/fail_each_allocation.h"
 
 namespace {
 
 using namespace AUX;
+using objects_test::Meter;
+using objects_test::Step;
 using platform::ComPtr;
 using platform::InterfaceId;
 using platform::MakeObject;
@@ -26,43 +28,6 @@ protected:
     ~FamilyTest() override { EndObjects(); }
     RootObject& root_ = Root();
     bool isStarted_ = false;
-};
-
-// A progress object that a test reads: what a host would show.
-class Meter final : public DualObject<IProgress> {
-public:
-    HRESULT STDMETHODCALLTYPE GetPosition(double* p) noexcept override { return Give(p, position); }
-    HRESULT STDMETHODCALLTYPE SetPosition(double p) noexcept override {
-        position = p;
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE GetRange(double* r) noexcept override { return Give(r, range); }
-    HRESULT STDMETHODCALLTYPE SetRange(double r) noexcept override {
-        range = r;
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE GetState(ULONG* s) noexcept override { return Give(s, state); }
-    HRESULT STDMETHODCALLTYPE SetState(ULONG value, ULONG mask) noexcept override {
-        state = (state & ~mask) | (value & mask);
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE SetTitle(BSTR) noexcept override { return Note('T'); }
-    HRESULT STDMETHODCALLTYPE SetMessage(BSTR) noexcept override { return Note('M'); }
-    HRESULT STDMETHODCALLTYPE SetDetail(BSTR) noexcept override { return Note('D'); }
-    HRESULT STDMETHODCALLTYPE AddNote(BSTR) noexcept override { return Note('N'); }
-    HRESULT STDMETHODCALLTYPE IsCanceled(VARIANT_BOOL* r) noexcept override {
-        return Give(r, VARIANT_FALSE);
-    }
-    HRESULT STDMETHODCALLTYPE Cancel() noexcept override { return Note('C'); }
-    HRESULT STDMETHODCALLTYPE Refresh() noexcept override { return Note('R'); }
-    HRESULT Note(char call) {
-        calls += call;
-        return S_OK;
-    }
-
-    double position = 0, range = 100;
-    ULONG state = 0;
-    std::string calls;
 };
 
 template <class Interface, class Make>
@@ -256,32 +221,6 @@ TEST_F(FamilyTest, SlicesShowAShareOfTheirParent) {
     EXPECT_EQ(slice->Resume(), S_OK);
     EXPECT_EQ(meter->state, 0x08u);
 }
-
-// A step that writes what is done into a text.
-class Step final : public DualObject<IHistoryStep> {
-public:
-    Step(std::string& log, char name, std::function<void()> act = {})
-        : log_(log), name_(name), act_(std::move(act)) {}
-    HRESULT STDMETHODCALLTYPE Undo(ULONG) noexcept override {
-        if (act_) act_();
-        log_ += '-', log_ += name_;
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE Redo(ULONG) noexcept override {
-        log_ += '+', log_ += name_;
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE GetSize(LONGLONG* bytes) noexcept override { return Give(bytes, 10); }
-    HRESULT STDMETHODCALLTYPE GetText(ULONG which, BSTR* text) noexcept override {
-        const WCHAR letter = static_cast<WCHAR>(TEXT('0') + which);
-        return GiveText(text, &letter, 1);
-    }
-
-private:
-    std::string& log_;
-    const char name_;
-    const std::function<void()> act_;
-};
 
 TEST_F(FamilyTest, HistoriesWalkGroupAndLimit) {
     constexpr HRESULT kLocked = OperationHistory::kStatusHistoryLocked;

@@ -2,28 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include "cab/data_array.h"
-#include "cab/data_dictionary.h"
 #include "objects/root_object.h"
 #include "objects/value_objects.h"
+#include "tests/objects/host_objects.h"
 
 namespace {
 
 using namespace AUX;
+using objects_test::Operation;
 using platform::ComPtr;
 using platform::MakeObject;
-
-class Operation final : public platform::ComObject<IBagOwner> {
-public:
-    [[nodiscard]] CAB::DataRoot& Bag() noexcept override { return *bag_; }
-    void Put(const WCHAR* key, CAB::Kind kind) {
-        ASSERT_TRUE(bag_->GetRootItem()->AsDictionary()->GetOrAdd(key, -1, kind));
-    }
-
-private:
-    ~Operation() override { bag_->Release(); }
-    CAB::DataRoot* const bag_ = CAB::DataRoot::Create();
-};
 
 // An array takes any number, one object is a list of one at most.
 TEST(OperationLists, AreWhatTheItemOfTheirKeyIs) {
