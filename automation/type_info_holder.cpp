@@ -12,26 +12,29 @@ namespace {
 constexpr INVOKEKIND kKinds[] = {INVOKE_FUNC, INVOKE_PROPERTYGET, INVOKE_PROPERTYPUT,
                                  INVOKE_PROPERTYPUTREF};
 
-/// The module's lock, and the holders that have loaded something.
-struct Module {
-    Module() noexcept { (void)InitializeCriticalSectionAndSpinCount(&lock, 0); }  // never fails
-    ~Module() { DeleteCriticalSection(&lock); }
-    Module(const Module&) = delete;
-    Module& operator=(const Module&) = delete;
+/// The module's lock.
+class Lock {
+public:
+    Lock() noexcept { (void)InitializeCriticalSectionAndSpinCount(&section_, 0); }  // never fails
+    ~Lock() { DeleteCriticalSection(&section_); }
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
 
-    CRITICAL_SECTION lock;
-    TypeInfoHolder* loaded = nullptr;
+    [[nodiscard]] CRITICAL_SECTION* Section() noexcept { return &section_; }
+
+private:
+    CRITICAL_SECTION section_;
 };
 
-Module& TheModule() noexcept {
-    static Module module;
-    return module;
+CRITICAL_SECTION* ModuleLock() noexcept {
+    static Lock lock;
+    return lock.Section();
 }
 
 class Guard {
 public:
-    Guard() noexcept { EnterCriticalSection(&TheModule().lock); }
-    ~Guard() { LeaveCriticalSection(&TheModule().lock); }
+    Guard() noexcept { EnterCriticalSection(ModuleLock()); }
+    ~Guard() { LeaveCriticalSection(ModuleLock()); }
     Guard(const Guard&) = delete;
     Guard& operator=(const Guard&) = delete;
 };
@@ -39,22 +42,12 @@ public:
 }  // namespace
 
 // The lock is made first, so that it ends after the last holder.
-TypeInfoHolder::TypeInfoHolder(Loader loader) noexcept : load_(loader) { (void)TheModule(); }
+TypeInfoHolder::TypeInfoHolder(Loader loader) noexcept : load_(loader) { (void)ModuleLock(); }
 
 TypeInfoHolder::~TypeInfoHolder() {
-    const Guard guard;
-    TypeInfoHolder** place = &TheModule().loaded;
-    while (*place && *place != this) place = &(*place)->nextLoaded_;
-    if (*place) *place = nextLoaded_;
-    Unload();
-}
-
-void TypeInfoHolder::UnloadAll() noexcept {
-    const Guard guard;
-    while (TypeInfoHolder* each = TheModule().loaded) {
-        TheModule().loaded = each->nextLoaded_;
-        each->Unload();
-    }
+    delete plans_.load();
+    platform::ComPtr<ITypeInfo> released;
+    released.Attach(info_.load());
 }
 
 HRESULT TypeInfoHolder::Load(ITypeInfo*& info) noexcept {
@@ -70,16 +63,7 @@ HRESULT TypeInfoHolder::Load(ITypeInfo*& info) noexcept {
     if (names_) names_->Read(*loaded);
     info = loaded.Detach();
     info_.store(info, std::memory_order_release);
-    nextLoaded_ = TheModule().loaded;
-    TheModule().loaded = this;
     return S_OK;
-}
-
-void TypeInfoHolder::Unload() noexcept {
-    delete plans_.exchange(nullptr);
-    names_.reset();
-    platform::ComPtr<ITypeInfo> released;
-    released.Attach(info_.exchange(nullptr));
 }
 
 HRESULT TypeInfoHolder::GetTypeInfoCount(UINT* count) noexcept {

@@ -13,10 +13,10 @@ struct CallPlan;
 
 /// The type information of one dual interface, and late-bound calls through it. The stock call
 /// comes first; members whose types it refuses, such as plain texts, are called through the
-/// interface's table, from the second time on at once. One static object for each interface; any
-/// thread may use it. It must not end while a call runs. What holders load and remember is guarded
-/// by one lock of the module, which is never held while a member or a loader runs; calls of members
-/// that are known take no lock.
+/// interface's table, from the second time on at once. One object for each interface serves all
+/// that implement it; any thread may use it. It must not end while a call runs. What holders load
+/// and remember is guarded by one lock of the module, which is never held while a member or a
+/// loader runs; calls of members that are known take no lock.
 class TypeInfoHolder {
 public:
     /// Gives a reference to the dispatch side of the interface, or the code of a failure; then it
@@ -50,13 +50,8 @@ public:
     /// How often the stock call was tried.
     [[nodiscard]] std::uint32_t StockCalls() const noexcept { return stockCalls_; }
 
-    /// Lets every holder of the module give back what it has loaded; it is loaded anew when it is
-    /// needed. For the module's end: no call may run.
-    static void UnloadAll() noexcept;
-
 private:
     [[nodiscard]] HRESULT Load(ITypeInfo*& info) noexcept;
-    void Unload() noexcept;
     [[nodiscard]] bool IsKnown(DISPID member, WORD flags) const noexcept;
     /// As CallPlans::Ask. The type information is loaded.
     [[nodiscard]] const CallPlan* Plan(DISPID member, INVOKEKIND kind) noexcept;
@@ -68,7 +63,6 @@ private:
     std::atomic<ITypeInfo*> info_ = nullptr;   // owned
     std::atomic<CallPlans*> plans_ = nullptr;  // owned
     std::unique_ptr<MemberNames> names_;       // set before `info_`; null without memory
-    TypeInfoHolder* nextLoaded_ = nullptr;
     std::atomic<std::uint32_t> stockCalls_ = 0;
 };
 

@@ -47,7 +47,7 @@ platform::ComPtr<T> Service(IServiceProvider* provider, REFGUID service) noexcep
 
 }  // namespace
 
-QVDIEaddinBHO::QVDIEaddinBHO() noexcept : sink_(*this), dispatch_(LoadOwnTypes) {}
+QVDIEaddinBHO::QVDIEaddinBHO() noexcept : sink_(*this), types_(LoadOwnTypes) {}
 
 HRESULT STDMETHODCALLTYPE QVDIEaddinBHO::QueryInterface(REFIID id, void** object) noexcept {
     if (!object) return E_POINTER;
@@ -85,24 +85,24 @@ ULONG STDMETHODCALLTYPE QVDIEaddinBHO::Release() noexcept {
 }
 
 HRESULT STDMETHODCALLTYPE QVDIEaddinBHO::GetTypeInfoCount(UINT* count) noexcept {
-    return dispatch_.GetTypeInfoCount(count);
+    return types_.GetTypeInfoCount(count);
 }
 
 HRESULT STDMETHODCALLTYPE QVDIEaddinBHO::GetTypeInfo(UINT index, LCID, ITypeInfo** info) noexcept {
-    return dispatch_.GetTypeInfo(index, info);
+    return types_.GetTypeInfo(index, info);
 }
 
 HRESULT STDMETHODCALLTYPE QVDIEaddinBHO::GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count,
                                                        LCID, DISPID* ids) noexcept {
-    return dispatch_.GetIDsOfNames(reserved, names, count, ids);
+    return types_.GetIDsOfNames(reserved, names, count, ids);
 }
 
 HRESULT STDMETHODCALLTYPE QVDIEaddinBHO::Invoke(DISPID member, REFIID reserved, LCID, WORD flags,
                                                 DISPPARAMS* parameters, VARIANT* result,
                                                 EXCEPINFO* exception,
                                                 UINT* argumentError) noexcept {
-    return dispatch_.Invoke(static_cast<IQVDIEaddinBHO*>(this), member, reserved, flags, parameters,
-                            result, exception, argumentError);
+    return types_.Invoke(static_cast<IQVDIEaddinBHO*>(this), member, reserved, flags, parameters,
+                         result, exception, argumentError);
 }
 
 HRESULT STDMETHODCALLTYPE QVDIEaddinBHO::SetSite(IUnknown* site) noexcept {

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "automation/type_info_holder.h"
 #include "browser/band_window.h"
 #include "browser/event_sink.h"
 #include "browser/server_state.h"
 #include "platform/band.h"
 #include "platform/html_defaults.h"
-#include "platform/typed_dispatch.h"
 #include "resources/generated/addin.h"
 
 /// What a browser makes of the add-in, twice for each tab. Its site decides which of the two it is:
@@ -88,7 +88,7 @@ private:
     platform::ComPtr<IInputObjectSite> InputObjectSite;
 
     EventSink sink_;
-    platform::TypedDispatch dispatch_;
+    AUX::TypeInfoHolder types_;
     ModuleUse use_;
 };
 

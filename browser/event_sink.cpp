@@ -16,7 +16,7 @@ HRESULT LoadEventTypes(ITypeInfo** info) noexcept {
 
 }  // namespace
 
-EventSink::EventSink(QVDIEaddinBHO& owner) noexcept : owner_(owner), dispatch_(LoadEventTypes) {}
+EventSink::EventSink(QVDIEaddinBHO& owner) noexcept : owner_(owner), types_(LoadEventTypes) {}
 
 HRESULT STDMETHODCALLTYPE EventSink::QueryInterface(REFIID id, void** object) noexcept {
     if (!object) return E_POINTER;
@@ -36,16 +36,16 @@ ULONG STDMETHODCALLTYPE EventSink::AddRef() noexcept { return owner_.AddRef(); }
 ULONG STDMETHODCALLTYPE EventSink::Release() noexcept { return owner_.Release(); }
 
 HRESULT STDMETHODCALLTYPE EventSink::GetTypeInfoCount(UINT* count) noexcept {
-    return dispatch_.GetTypeInfoCount(count);
+    return types_.GetTypeInfoCount(count);
 }
 
 HRESULT STDMETHODCALLTYPE EventSink::GetTypeInfo(UINT index, LCID, ITypeInfo** info) noexcept {
-    return dispatch_.GetTypeInfo(index, info);
+    return types_.GetTypeInfo(index, info);
 }
 
 HRESULT STDMETHODCALLTYPE EventSink::GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count,
                                                    LCID, DISPID* ids) noexcept {
-    return dispatch_.GetIDsOfNames(reserved, names, count, ids);
+    return types_.GetIDsOfNames(reserved, names, count, ids);
 }
 
 HRESULT STDMETHODCALLTYPE EventSink::Invoke(DISPID member, REFIID, LCID, WORD, DISPPARAMS*,

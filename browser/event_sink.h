@@ -1,7 +1,7 @@
 #pragma once
 
+#include "automation/type_info_holder.h"
 #include "platform/band.h"
-#include "platform/typed_dispatch.h"
 
 class QVDIEaddinBHO;
 
@@ -30,5 +30,5 @@ public:
 
 private:
     QVDIEaddinBHO& owner_;
-    platform::TypedDispatch dispatch_;
+    AUX::TypeInfoHolder types_;
 };

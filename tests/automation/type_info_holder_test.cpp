@@ -221,7 +221,7 @@ TEST_F(TypeInfoHolderTest, FindsMembersOfTheTableSideAndOfDerivedInterfaces) {
 std::atomic<int> loads = 0;
 std::atomic<bool> isRefused = false;
 
-TEST(TypeInfoHolderLoading, AsksAgainAfterAFailureAndAfterItsEnd) {
+TEST(TypeInfoHolderLoading, AsksAgainAfterAFailureAndThenNoMore) {
     loads = 0;
     isRefused = true;
     TypeInfoHolder holder([](ITypeInfo** info) noexcept {
@@ -244,8 +244,7 @@ TEST(TypeInfoHolderLoading, AsksAgainAfterAFailureAndAfterItsEnd) {
         EXPECT_EQ(Ask(*texts, 1, kCall, {text}).shown, "1!");
         EXPECT_EQ(holder.GetIDsOfNames(IID{}, &name, 1, &id), S_OK);
         EXPECT_EQ(holder.GetTypeInfo(0, info.Put()), S_OK);
-        EXPECT_EQ(loads, 4 + i);
-        TypeInfoHolder::UnloadAll();
+        EXPECT_EQ(loads, 4);
     }
     EXPECT_EQ(id, 2);
 }
