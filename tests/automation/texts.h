@@ -74,10 +74,12 @@ public:
         return words[0] == '9' ? E_ACCESSDENIED : S_OK;
     }
     HRESULT STDMETHODCALLTYPE get_Label(LPWSTR key, LONG* result) override {
+        if (!key) return E_INVALIDARG;
         *result = label_ + key[0];
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE put_Label(LPWSTR key, LONG value) override {
+        if (!key) return E_INVALIDARG;
         label_ = value - key[0];
         return S_OK;
     }
@@ -145,10 +147,12 @@ public:
     HRESULT STDMETHODCALLTYPE Needs(LONG, LONG, LPWSTR) override { return S_OK; }
     HRESULT STDMETHODCALLTYPE Deep(LPWSTR, LONG**) override { return S_OK; }
     HRESULT STDMETHODCALLTYPE put_Sparse(LPWSTR key, LPWSTR value) override {
+        if (!value) return E_INVALIDARG;
         label_ = (key ? 1000 : 0) + value[0];
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE More(LPWSTR words, LONG* result) override {
+        if (!words) return E_INVALIDARG;
         *result = 2 * words[0];
         return S_OK;
     }

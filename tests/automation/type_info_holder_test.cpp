@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <map>
+#include <random>
 #include <sstream>
 #include <thread>
 #include <vector>
@@ -201,6 +202,61 @@ TEST_F(TypeInfoHolderTest, GivesBackWhatAMethodChanged) {
         EXPECT_EQ(answer.argumentError, c.place);
     }
     EXPECT_EQ(Shown(UniqueBstr(words).Get()), "so own 10own own 3own ");
+}
+
+// Whatever a caller passes reaches a member as what it takes, or is refused; nothing is lost.
+TEST_F(TypeInfoHolderTest, SurvivesArgumentsOfEverySort) {
+    constexpr unsigned kSeed = 7;
+    std::mt19937 random(kSeed);
+    const auto upTo = [&](unsigned count) { return static_cast<unsigned>(random() % count); };
+    constexpr VARTYPE kKinds[] = {VT_EMPTY,   VT_NULL,  VT_I2,      VT_I4,      VT_R8,
+                                  VT_CY,      VT_DATE,  VT_BSTR,    VT_I8,      VT_DISPATCH,
+                                  VT_I1,      VT_ERROR, VT_BOOL,    VT_VARIANT, VT_UI2,
+                                  VT_UNKNOWN, VT_UI8,   VT_DECIMAL, VT_BSTR,    VT_BSTR};
+    constexpr unsigned kCounts[] = {0, 1, 2, 13, 8, 9, 1, 1, 1, 2, 3, 2, 2};  // by member
+    constexpr unsigned kMost = 13;
+    int successes[kMost] = {};
+    for (int i = 0; i < 20'000; ++i) {
+        // What is lent and what references lead to, each in room for any kind.
+        UniqueVariant own[kMost], room[kMost];
+        std::vector<VARIANT> arguments;
+        const unsigned member = upTo(kMost);
+        for (unsigned n = upTo(3) ? kCounts[member] : upTo(kMost + 1); n > 0; --n) {
+            const VARTYPE kind = kKinds[upTo(20)];
+            const auto fill = [&](VARIANT& value) {
+                value = Number(static_cast<LONG>(upTo(300)),
+                               kind == VT_VARIANT ? VARTYPE{VT_I4} : kind);
+                if (kind == VT_BSTR)
+                    value.bstrVal = SysAllocString(upTo(2) ? TEXT("12") : TEXT("zz"));
+                if (kind == VT_DISPATCH || kind == VT_UNKNOWN) {
+                    value.punkVal = upTo(2) ? ComPtr<IUnknown>(&Object()).Detach() : nullptr;
+                }
+            };
+            fill(*own[n - 1].Change());
+            VARIANT& lent = *room[n - 1].Change();
+            fill(lent);
+            VARIANT argument = own[n - 1].Get();
+            const unsigned form = upTo(4);
+            if (form == 0) argument = Of(VT_BYREF | VT_VARIANT, &lent);
+            if (form == 1 && kind > VT_NULL && kind != VT_VARIANT && kind != VT_ERROR) {
+                const bool isWhole = kind == VT_DECIMAL;
+                argument = Of(static_cast<VARTYPE>(VT_BYREF | kind),
+                              isWhole ? static_cast<void*>(&lent) : &lent.byref);
+            }
+            arguments.push_back(argument);
+        }
+        std::vector<DISPID> names;
+        for (unsigned n = upTo(4); n > 2 && names.size() < arguments.size(); --n) {
+            names.push_back(upTo(2) ? DISPID{DISPID_PROPERTYPUT} : static_cast<DISPID>(upTo(9)));
+        }
+        SCOPED_TRACE(testing::Message()
+                     << "seed " << kSeed << ", call " << i << ", member " << member);
+        const Answer answer = Ask(Object(), static_cast<DISPID>(member),
+                                  static_cast<WORD>(upTo(16)), arguments, names);
+        successes[member] += SUCCEEDED(answer.result);
+    }
+    for (const unsigned member : {1, 2, 4, 6, 7, 8, 9, 12})
+        EXPECT_GT(successes[member], 5) << member;
 }
 
 TEST_F(TypeInfoHolderTest, FindsMembersOfTheTableSideAndOfDerivedInterfaces) {
