@@ -20,7 +20,7 @@ void FireTo(benchmark::State& state, LONG sinkLevel) {
     IMessageHub* face = hub.Get();
     benchmark::DoNotOptimize(face);
     for (auto _ : state) {
-        benchmark::DoNotOptimize(face->FireSimple(3, TEXT("text"), 0, 0));
+        benchmark::DoNotOptimize(face->Fire(3, TEXT("text"), 0, 0, 0, nullptr, 0, nullptr));
     }
 }
 

@@ -1,5 +1,6 @@
 #include "objects/message_hub.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "foundation/status_text.h"
@@ -102,6 +103,12 @@ void MessageHub::WorkOutMaxLevel() noexcept {
     maxLevel = largest;
 }
 
+// Under the lock, at the end of each change.
+void MessageHub::SetGate() noexcept {
+    const bool isEmpty = liveCount == 0 && pending.IsEmpty();
+    gate_.store(isEmpty ? 0 : std::uint64_t{maxLevel} + 1, std::memory_order_relaxed);
+}
+
 HRESULT MessageHub::Subscribe(IMessageSink* sink, LONG level) noexcept {
     if (!sink) return E_INVALIDARG;
     const std::uint32_t wanted = LevelOf(level);
@@ -114,8 +121,9 @@ HRESULT MessageHub::Subscribe(IMessageSink* sink, LONG level) noexcept {
     if (isDelivering && FindIn(pending, sink, index)) return kAlreadyThere;
     if (!(isDelivering ? pending : active).Add(entry.get())) return E_OUTOFMEMORY;
     (void)entry.release();  // The list owns it.
-    ++(isDelivering ? pendingCount_ : liveCount);
-    if (wanted > maxLevel) maxLevel = wanted;
+    if (!isDelivering) ++liveCount;
+    maxLevel = std::max(maxLevel, wanted);
+    SetGate();
     return S_OK;
 }
 
@@ -138,11 +146,11 @@ HRESULT MessageHub::Unsubscribe(IMessageSink* sink) noexcept {
             entry = FindIn(pending, sink, index);
             if (!entry) return S_FALSE;
             pending.RemoveAt(index);
-            --pendingCount_;
             gone = entry;
         }
         entry->removed = true;
         WorkOutMaxLevel();
+        SetGate();
     }
     Drop(gone);
     return S_OK;
@@ -155,7 +163,9 @@ HRESULT MessageHub::ChangeLevel(IMessageSink* sink, LONG level) noexcept {
     Entry* entry = FindIn(active, sink, index);
     if (!entry) entry = FindIn(pending, sink, index);
     if (!entry) return E_INVALIDARG;
-    if (entry->subscription.level.exchange(LevelOf(level)) != LevelOf(level)) WorkOutMaxLevel();
+    if (entry->subscription.level.exchange(LevelOf(level)) == LevelOf(level)) return S_OK;
+    WorkOutMaxLevel();
+    SetGate();
     return S_OK;
 }
 
@@ -203,18 +213,19 @@ MessageHub::Entry* MessageHub::Merge() noexcept {
         if (!hasRoom || !active.Add(entry)) pass(entry);
     }
     pending.Clear();
-    pendingCount_ = 0;
     liveCount = active.Count();
     return gone;
 }
 
 HRESULT MessageHub::Fire(ULONG level, LPCWSTR text, ULONG source, ULONG status, ULONG value,
                          IUnknown* object, ULONG value2, IUnknown* object2) noexcept {
-    if (level > maxLevel.load(std::memory_order_relaxed)) return S_OK;
-    if (liveCount.load(std::memory_order_relaxed) == 0 &&
-        pendingCount_.load(std::memory_order_relaxed) == 0) {
-        return S_OK;
-    }
+    if (!IsWanted(level)) return S_OK;
+    return FireWanted(level, text, source, status, value, object, value2, object2);
+}
+
+// Apart, so that a message that nobody wants saves no register.
+HRESULT MessageHub::FireWanted(ULONG level, LPCWSTR text, ULONG source, ULONG status, ULONG value,
+                               IUnknown* object, ULONG value2, IUnknown* object2) noexcept {
     platform::ComPtr<MessageEvent> record;
     {
         const LockScope scope(lock);
@@ -239,6 +250,7 @@ HRESULT MessageHub::Fire(ULONG level, LPCWSTR text, ULONG source, ULONG status, 
         if (--firingDepth == 0) {
             gone = Merge();
             WorkOutMaxLevel();
+            SetGate();
         }
         record->busy = false;
         first = std::move(record->object);
@@ -249,7 +261,8 @@ HRESULT MessageHub::Fire(ULONG level, LPCWSTR text, ULONG source, ULONG status, 
 }
 
 HRESULT MessageHub::FireSimple(ULONG level, LPCWSTR text, ULONG source, ULONG status) noexcept {
-    return Fire(level, text, source, status, 0, nullptr, 0, nullptr);
+    if (!IsWanted(level)) return S_OK;
+    return FireWanted(level, text, source, status, 0, nullptr, 0, nullptr);
 }
 
 HRESULT MessageHub::FireStatus(ULONG status, ULONG source) noexcept {

@@ -58,16 +58,24 @@ private:
                                        std::uint32_t& index) noexcept;
     static void Drop(Entry* first) noexcept;
     void WorkOutMaxLevel() noexcept;
+    void SetGate() noexcept;
+    [[nodiscard]] bool IsWanted(ULONG level) const noexcept {
+        return level < gate_.load(std::memory_order_relaxed);
+    }
+    [[nodiscard]] HRESULT FireWanted(ULONG level, LPCWSTR text, ULONG source, ULONG status,
+                                     ULONG value, IUnknown* object, ULONG value2,
+                                     IUnknown* object2) noexcept;
     [[nodiscard]] MessageEvent* TakeRecord() noexcept;
     void Deliver(ULONG level, MessageEvent& record) noexcept;
     [[nodiscard]] Entry* Merge() noexcept;
 
     CRITICAL_SECTION lock;
     bool hasLock_ = false;
-    // The first test of Fire reads these three without the lock.
-    std::atomic<std::uint32_t> maxLevel = 0xFFFFFFFF;
-    std::atomic<std::uint32_t> liveCount = 0;
-    std::atomic<std::uint32_t> pendingCount_ = 0;
+    // What Fire tests first, without the lock: one above the highest level that anybody gets, 0
+    // when nobody is there. It follows from the fields below.
+    std::atomic<std::uint64_t> gate_ = 0;
+    std::uint32_t maxLevel = 0xFFFFFFFF;
+    std::uint32_t liveCount = 0;
     Array<MessageEvent*> pool;
     // Changes only while firingDepth is 0, so that a delivery walks it without the lock.
     Array<Entry*> active;

@@ -30,42 +30,89 @@ protected:
     bool isStarted_ = false;
 };
 
-template <class Interface, class Make>
-void ExpectMakes(Make make) {
-    EXPECT_EQ(make(static_cast<Interface**>(nullptr)), E_POINTER);
-    ComPtr<Interface> made;
-    ASSERT_EQ(make(made.Put()), S_OK);
-    test_support::ExpectComRules(made.Get(), {InterfaceId<Interface>(), InterfaceId<IDispatch>()});
-    made->AddRef();
-    EXPECT_EQ(made->Release(), 1u);
+// Visits each maker, as one of its interface: visit.operator()<Interface>(make).
+template <class Visit>
+void ForEachMaker(RootObject& root, IProgress* meter, Visit visit) {
+    const UniqueBstr spec(SysAllocString(TEXT("a:1|b:2"))), text(SysAllocString(TEXT("a b")));
+    BSTR const words = spec.Get();
+    visit.template operator()<IIntArray>([&](auto** to) { return root.NewIntArray(to); });
+    visit.template operator()<IDoubleArray>([&](auto** to) { return root.NewDoubleArray(to); });
+    visit.template operator()<IStringArray>([&](auto** to) { return root.NewStringArray(to); });
+    visit.template operator()<IStringArray>(
+        [&](auto** to) { return root.SplitWords(text.Get(), to); });
+    visit.template operator()<IValueArray>([&](auto** to) { return root.NewValueArray(to); });
+    visit.template operator()<IObjectsArray>([&](auto** to) { return root.NewObjectArray(to); });
+    visit.template operator()<IObjectList>([&](auto** to) { return root.NewObjectList(to); });
+    visit.template operator()<IText>([&](auto** to) { return root.NewText(words, to); });
+    visit.template operator()<IBitSet>([&](auto** to) { return root.NewBitSet(99'999'999, to); });
+    visit.template operator()<IMemoryBlock>([&](auto** to) { return root.NewMemoryBlock(5, to); });
+    visit.template operator()<ISignal>([&](auto** to) { return root.NewSignal(to); });
+    visit.template operator()<IOperationHistory>(
+        [&](auto** to) { return root.NewOperationHistory(to); });
+    visit.template operator()<IProgressSlice>(
+        [&](auto** to) { return root.NewProgressSliceAll(meter, 1, to); });
+    visit.template operator()<IKeywordTable>([&](auto** to) {
+        return root.NewKeywordTable(words, 0, 9, 0, nullptr, VARIANT_FALSE, to);
+    });
+    visit.template operator()<IHashedKeywordTable>([&](auto** to) {
+        return root.NewHashedKeywordTable(words, 0, 9, 0, words, VARIANT_FALSE, to);
+    });
+}
+
+template <class Enum, class Array>
+void ExpectEnumerator() {
+    ComPtr<Enum> items, copy;
+    const auto array = MakeObject<Array>();
+    ASSERT_EQ(array->GetEnumerator(items.Put()), S_OK);
+    test_support::ExpectComRules(items.Get(), {InterfaceId<Enum>()});
+    EXPECT_EQ(items->Clone(copy.Put()), S_OK);
+    EXPECT_EQ(items->Skip(0), S_OK);
+    EXPECT_EQ(items->Skip(1), S_FALSE);
+    EXPECT_EQ(items->Next(1, nullptr, nullptr), E_POINTER);
+    EXPECT_EQ(items->Clone(nullptr), E_POINTER);
+    EXPECT_EQ(items->Reset(), S_OK);
+    array->AddRef();
+    EXPECT_EQ(array->Release(), 3u) << "held by both";
 }
 
 TEST_F(FamilyTest, MakesObjectsThatKeepTheRulesOfCom) {
     ASSERT_TRUE(isStarted_);
     test_support::ExpectComRules(&root_, {InterfaceId<IRootObject>(), InterfaceId<IDispatch>()});
     const auto meter = MakeObject<Meter>();
-    ExpectMakes<IIntArray>([&](auto** to) { return root_.NewIntArray(to); });
-    ExpectMakes<IDoubleArray>([&](auto** to) { return root_.NewDoubleArray(to); });
-    ExpectMakes<IStringArray>([&](auto** to) { return root_.NewStringArray(to); });
-    ExpectMakes<IValueArray>([&](auto** to) { return root_.NewValueArray(to); });
-    ExpectMakes<IObjectsArray>([&](auto** to) { return root_.NewObjectArray(to); });
-    ExpectMakes<IObjectList>([&](auto** to) { return root_.NewObjectList(to); });
-    ExpectMakes<IText>([&](auto** to) { return root_.NewText(nullptr, to); });
-    ExpectMakes<IBitSet>([&](auto** to) { return root_.NewBitSet(99'999'999, to); });
-    ExpectMakes<IMemoryBlock>([&](auto** to) { return root_.NewMemoryBlock(5, to); });
-    ExpectMakes<ISignal>([&](auto** to) { return root_.NewSignal(to); });
-    ExpectMakes<IOperationHistory>([&](auto** to) { return root_.NewOperationHistory(to); });
-    ExpectMakes<IProgressSlice>(
-        [&](auto** to) { return root_.NewProgressSliceAll(meter.Get(), 1, to); });
+    const auto expectMakes = [&]<class Interface>(auto make) {
+        EXPECT_EQ(make(static_cast<Interface**>(nullptr)), E_POINTER);
+        ComPtr<Interface> made;
+        ASSERT_EQ(make(made.Put()), S_OK);
+        const std::vector<IID> ids = {InterfaceId<Interface>(), InterfaceId<IDispatch>()};
+        test_support::ExpectComRules(made.Get(), ids);
+        made->AddRef();
+        EXPECT_EQ(made->Release(), 1u);
+    };
+    ForEachMaker(root_, meter.Get(), expectMakes);
+    ExpectEnumerator<IEnumInts, IntArrayObject>();
+    ExpectEnumerator<IEnumDoubles, DoubleArrayObject>();
+    ExpectEnumerator<IEnumTexts, StringArrayObject>();
+    ExpectEnumerator<IEnumValues, ValueArrayObject>();
+    ExpectEnumerator<IEnumArrayObjects, ObjectArrayObject>();
+    ExpectEnumerator<IEnumListItems, ObjectListObject>();
+    test_support::ExpectComRules(MakeObject<MessageEvent>().Get(),
+                                 {InterfaceId<IMessageEvent>(), InterfaceId<IDispatch>()});
     ComPtr<IBitSet> none;
     EXPECT_EQ(root_.NewBitSet(0, none.Put()), E_INVALIDARG);
     EXPECT_EQ(root_.NewBitSet(100'000'000, none.Put()), E_INVALIDARG);
+    ComPtr<IStringArray> words;
+    EXPECT_EQ(root_.SplitWords(nullptr, words.Put()), S_FALSE);
+    EXPECT_FALSE(words);
+    ComPtr<IHashedKeywordTable> table;
+    root_.SetKeywordHash(nullptr);
+    EXPECT_EQ(root_.NewHashedKeywordTable(nullptr, 0, 9, 0, nullptr, 0, table.Put()), E_NOTIMPL);
     ComPtr<IUnknown> math, again;
     EXPECT_EQ(root_.GetMath(math.Put()), S_OK);
     EXPECT_EQ(root_.GetMath(again.Put()), S_OK);
     EXPECT_EQ(math.Get(), again.Get());
     ComPtr<IMessageHub> hub;
     EXPECT_EQ(root_.GetHub(hub.Put()), S_OK);
+    test_support::ExpectComRules(hub.Get(), {InterfaceId<IMessageHub>()});
 }
 
 std::vector<ULONG> Content(IIntArray& array) {
@@ -131,20 +178,77 @@ TEST_F(FamilyTest, ObjectListsHoldSearchAndRemove) {
     EXPECT_EQ(list->Remove(nullptr), E_INVALIDARG);
 }
 
-TEST_F(FamilyTest, TextsAndArraysStayAsTheyWereWhenMemoryRunsOut) {
-    test_support::FailEachAllocation([&](const auto& hasFailed) {
-        ComPtr<IStringArray> texts;
-        if (root_.NewStringArray(texts.Put()) != S_OK) return;
-        const UniqueBstr word(SysAllocString(TEXT("word")));
+TEST_F(FamilyTest, MakersGiveNothingWhenMemoryRunsOut) {
+    const auto meter = MakeObject<Meter>();
+    const auto made = test_support::FailEachAllocation([&](const auto& hasFailed) {
+        const auto expectAllOrNothing = [&]<class Interface>(auto make) {
+            const bool before = hasFailed();
+            ComPtr<Interface> object;
+            const HRESULT result = make(object.Put());
+            EXPECT_EQ(SUCCEEDED(result), bool{object});
+            // Of a keyword table the rest is kept.
+            if (FAILED(result)) {
+                EXPECT_EQ(result, E_OUTOFMEMORY);
+                EXPECT_TRUE(hasFailed() && !before);
+            }
+        };
+        ForEachMaker(root_, meter.Get(), expectAllOrNothing);
+    });
+    EXPECT_GT(made, 20u);
+}
+
+TEST_F(FamilyTest, ObjectsStayAsTheyWereWhenMemoryRunsOut) {
+    const UniqueBstr word(SysAllocString(TEXT("word")));
+    const auto run = test_support::FailEachAllocation([&](const auto& hasFailed) {
+        bool before = false;
+        const auto take = [&](HRESULT result) {
+            const bool isNow = hasFailed() && !before;
+            before = hasFailed();
+            EXPECT_TRUE(result == S_OK || (result == E_OUTOFMEMORY && isNow)) << std::hex << result;
+            return result == S_OK;
+        };
+        const auto texts = MakeObject<StringArrayObject>(), copy = MakeObject<StringArrayObject>();
+        const auto list = MakeObject<ObjectListObject>();
+        const auto text = MakeObject<TextObject>();
+        const auto bits = MakeObject<BitSetObject>();
+        const auto block = MakeObject<MemoryBlock>();
+        const auto history = MakeObject<OperationHistory>();
+        if (hasFailed()) return;
         ULONG expected = 0, count = 0;
         for (ULONG i = 0; i < 9; ++i) {
-            const HRESULT result = texts->Insert(word.Get(), 0);
-            EXPECT_TRUE(result == S_OK || (result == E_OUTOFMEMORY && hasFailed()));
-            expected += result == S_OK;
+            expected += take(texts->Insert(word.Get(), 0));
             EXPECT_EQ(texts->GetCount(&count), S_OK);
             EXPECT_EQ(count, expected);
         }
+        const bool isCopied = take(copy->Assign(texts.Get()));
+        EXPECT_EQ(copy->GetCount(&count), S_OK);
+        EXPECT_EQ(count, isCopied ? expected : 0);
+        const bool isHeld = take(list->Insert(text.Get(), 0));
+        text->AddRef();
+        EXPECT_EQ(text->Release(), isHeld ? 2u : 1u);
+        const bool isSet = take(text->SetText(word.Get()));
+        EXPECT_EQ(text->GetLength(&count), S_OK);
+        EXPECT_EQ(count, isSet ? 4u : 0u);
+        const bool isGrown = take(bits->SetBitGrow(999, VARIANT_TRUE));
+        EXPECT_EQ(bits->GetSize(&count), S_OK);
+        EXPECT_EQ(count, isGrown ? 1000u : 0u);
+        LONGLONG size = 0;
+        const bool isWritten = take(block->WriteAt(5, "abc", 3));
+        EXPECT_EQ(block->GetSize(&size), S_OK);
+        EXPECT_EQ(size, isWritten ? 8 : 0);
+        std::string log;
+        bool isAdded = take(history->OpenGroup());
+        for (const char name : {'a', 'b'}) {
+            const auto step = MakeObject<Step>(log, name);
+            if (!step) return;
+            isAdded = take(history->Add(step.Get())) && isAdded;
+        }
+        isAdded = take(history->CloseGroup()) && isAdded;
+        if (!isAdded) return;
+        EXPECT_EQ(history->Undo(1, 0), S_OK);
+        EXPECT_EQ(log, "-b-a");
     });
+    EXPECT_GT(run, 10u);
 }
 
 TEST_F(FamilyTest, MemoryBlocksGrowReadAndWrite) {

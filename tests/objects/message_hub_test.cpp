@@ -46,6 +46,7 @@ protected:
 TEST_F(MessageHubTest, GivesASinkTheLevelsItAskedFor) {
     const auto two = MakeObject<Sink>(), all = MakeObject<Sink>(), none = MakeObject<Sink>();
     EXPECT_EQ(hub_->Fire(1, nullptr, 0, 0, 0, nullptr, 0, nullptr), S_OK);
+    EXPECT_EQ(hub_->PoolCount(), 0u) << "a record for nobody";
     EXPECT_EQ(hub_->Subscribe(nullptr, 1), E_INVALIDARG);
     EXPECT_EQ(hub_->Subscribe(two.Get(), 2), S_OK);
     EXPECT_EQ(hub_->Subscribe(two.Get(), 3), kAlreadyThere);
