@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstring>
+#include <sstream>
 #include <string>
 
 #include "automation/type_info_holder.h"
@@ -29,8 +30,13 @@ inline std::string Shown(const VARIANT& value) {
 }
 
 inline std::string Shown(const WCHAR* text) { return text ? platform::ToUtf8(text) : "none"; }
-inline BSTR NewText(const std::string& text) {
-    return SysAllocString(platform::FromUtf8(text).c_str());
+/// A text of what is given, with blanks between.
+template <class... Parts>
+BSTR NewText(const Parts&... parts) {
+    std::ostringstream text;
+    const char* between = "";
+    ((text << between << parts, between = " "), ...);
+    return SysAllocString(platform::FromUtf8(text.str()).c_str());
 }
 
 /// Loads the description of ITexts or of an interface derived from it.
@@ -89,27 +95,20 @@ public:
         VARIANT precise;
         precise.decVal = l;
         precise.vt = VT_DECIMAL;
-        *all =
-            NewText(Shown(words) + " " + std::to_string(a) + " " + std::to_string(b) + " " +
-                    std::to_string(c) + " " + std::to_string(d) + " " +
-                    std::to_string(static_cast<int>(100 * e)) + " " +
-                    std::to_string(static_cast<int>(100 * f)) + " " + std::to_string(g) + " " +
-                    Shown(h) + " " + Shown(i) + (j ? " object" : " none") +
-                    (k == this ? " self " : " none ") + Shown(precise) + " " + std::to_string(m));
+        *all = NewText(Shown(words), int{a}, b, c, d, 100 * e, 100 * f, g, Shown(h), Shown(i),
+                       j ? "object" : "none", k == this ? "self" : "none", Shown(precise), m);
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE LeftOut(LPWSTR, LONG a, BSTR b, Sort c, VARIANT d, LPWSTR e, SHORT* f,
                                       VARIANT* g, BSTR* all) override {
-        *all = NewText(std::to_string(a) + " " + Shown(b) + " " + std::to_string(c) + " " +
-                       Shown(d) + " " + Shown(e) + " " + std::to_string(++*f) + " " + Shown(*g));
+        *all = NewText(a, Shown(b), c, Shown(d), Shown(e), ++*f, Shown(*g));
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE Change(LPWSTR words, SHORT* a, BSTR* b, double* c, VARIANT* d,
                                      ITexts** e, ITexts** f, LONG* g, LPWSTR* h) override {
         ++*a;
-        const std::string longer = Shown(*b) + Shown(words) + std::to_string(*g) + Shown(*h);
-        SysFreeString(*b);
-        *b = NewText(longer);
+        const platform::UniqueBstr old(*b);
+        *b = NewText(Shown(old.Get()), Shown(words), *g, Shown(*h));
         *c = 2.5;
         (void)VariantClear(d);
         d->vt = VT_I2;
@@ -129,6 +128,7 @@ public:
         made.Change()->bstrVal = SysAllocString(digits);
         const HRESULT changed = VariantChangeType(made.Change(), made.Change(), 0, VT_DECIMAL);
         if (SUCCEEDED(changed)) *result = made.Get().decVal;
+        result->wReserved = 0;  // where a value has its kind
         return changed;
     }
     HRESULT STDMETHODCALLTYPE get_Any(LPWSTR words, VARIANT* result) override {
