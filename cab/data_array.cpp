@@ -1,5 +1,7 @@
 #include "cab/data_array.h"
 
+#include <algorithm>
+
 #include "cab/create_item.h"
 #include "cab/data_dictionary.h"
 #include "cab/store.h"
@@ -162,6 +164,22 @@ bool DataArray::RemoveRange(std::int64_t first, std::uint32_t count) noexcept {
         children[i] = children[i + count];
     }
     for (std::uint32_t i = 0; i < count; ++i) children.RemoveAt(children.Count() - 1);
+    MarkSet(ItemValueSet | kLostChild);
+    return true;
+}
+
+bool DataArray::Move(std::int64_t first, std::int64_t to, std::int64_t count) noexcept {
+    const std::int64_t all = children.Count();
+    if (first < 0 || count < 0 || first > all || count > all - first) return false;
+    if (to < 0 || to > all) return false;
+    if (count == 0 || (to >= first && to <= first + count)) return true;
+    const auto at = [&](std::int64_t index) { return children.begin() + index; };
+    if (to < first) {
+        std::rotate(at(to), at(first), at(first + count));
+    } else {
+        std::rotate(at(first), at(first + count), at(to));
+    }
+    // As after a removal, a save must renew the places.
     MarkSet(ItemValueSet | kLostChild);
     return true;
 }

@@ -41,6 +41,10 @@ public:
     /// Deletes a run of elements; `first` -1 means the last one.
     /// \return false, with nothing removed, if the run does not lie inside the array.
     [[nodiscard]] bool RemoveRange(std::int64_t first, std::uint32_t count) noexcept;
+    /// Moves a run of elements to before the element that is at `to` now; the count means the end.
+    /// A run of none, or a place inside the run, changes nothing.
+    /// \return false if the run or the place does not lie inside the array.
+    [[nodiscard]] bool Move(std::int64_t first, std::int64_t to, std::int64_t count) noexcept;
     /// Deletes the child, undoing its addition: no flags are set.
     void DropLast() noexcept;
 

@@ -248,6 +248,13 @@ bool DataDictionary::RemoveAt(std::int64_t index) noexcept {
     return true;
 }
 
+bool DataDictionary::RemoveKey(WStringView key) noexcept {
+    if (!Find(key) || IsShaped()) return false;
+    Drop(key);
+    MarkSet(ItemValueSet | ItemDirty | ItemChildrenRemoved);
+    return true;
+}
+
 DataItem* DataDictionary::GetOrAdd(const WCHAR* name, std::int64_t length, Kind kind) noexcept {
     const WStringView key =
         length < 0 ? WStringView(name) : WStringView(name, static_cast<std::size_t>(length));

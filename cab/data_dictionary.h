@@ -45,6 +45,8 @@ public:
     [[nodiscard]] WStringView KeyAt(std::uint32_t index) const noexcept;
     /// The child of a key, or null; adds nothing.
     [[nodiscard]] DataItem* Find(WStringView key) noexcept;
+    /// Deletes the child of a key. \return as RemoveAt.
+    [[nodiscard]] bool RemoveKey(WStringView key) noexcept;
     /// Deletes the child of a key, undoing its addition: no flags are set.
     void Drop(WStringView key) noexcept;
 

@@ -30,6 +30,7 @@ bool DataRoot::Start(std::unique_ptr<TemplateHandle> handle) noexcept {
 DataRoot::~DataRoot() {
     if (ItemWrapper* const left = wrapper.exchange(nullptr)) left->OnTargetGone();
     rootItem.reset();
+    for (TemplateHandle* const kept : keptTemplates) delete kept;
     if (hasLock) DeleteCriticalSection(&lock);
 }
 
@@ -62,6 +63,27 @@ bool DataRoot::Rebuild() noexcept {
     if (!fresh) return false;
     rootItem = std::move(fresh);
     MarkChanged();
+    return true;
+}
+
+bool DataRoot::KeepTemplate(TemplateHandle& handle) noexcept {
+    const auto keepsSame = [&](const TemplateHandle* kept) { return kept->Kept() == handle.Kept(); };
+    if (!handle.Kept() || (templateHandle && keepsSame(templateHandle.get()))) return true;
+    for (const TemplateHandle* const kept : keptTemplates) {
+        if (keepsSame(kept)) return true;
+    }
+    std::unique_ptr<TemplateHandle> copy = handle.Clone();
+    if (!copy || !keptTemplates.Add(copy.get())) return false;
+    (void)copy.release();
+    return true;
+}
+
+bool DataRoot::KeepTemplatesOf(const DataRoot& other) noexcept {
+    if (&other == this) return true;
+    if (other.templateHandle && !KeepTemplate(*other.templateHandle)) return false;
+    for (TemplateHandle* const kept : other.keptTemplates) {
+        if (!KeepTemplate(*kept)) return false;
+    }
     return true;
 }
 

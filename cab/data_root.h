@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "cab/item_spec.h"
+#include "foundation/array.h"
 #include "foundation/text_cipher.h"
 #include "platform/sync.h"
 
@@ -54,6 +55,12 @@ public:
     /// A reader to read lazily from; null, as there is no store yet.
     [[nodiscard]] DataReader* GetAttachedStore() const noexcept { return attachedStore; }
 
+    /// Keeps what a template needs as long as the bag: declarations of it may stand in items that
+    /// did not bring it. \return false when memory runs out.
+    [[nodiscard]] bool KeepTemplate(TemplateHandle& handle) noexcept;
+    /// The same with every template that another bag keeps or is made of.
+    [[nodiscard]] bool KeepTemplatesOf(const DataRoot& other) noexcept;
+
     /// What protects the strings; null for none. The bag owns it.
     [[nodiscard]] TextCipher* GetCipher() const noexcept { return cipher.get(); }
     void SetCipher(std::unique_ptr<TextCipher> newCipher) noexcept;
@@ -78,6 +85,7 @@ private:
     std::unique_ptr<DataItem> rootItem;
     const ItemSpec* rootSpec = nullptr;
     std::unique_ptr<TemplateHandle> templateHandle;
+    Array<TemplateHandle*> keptTemplates;
     DataReader* attachedStore = nullptr;
     std::unique_ptr<TextCipher> cipher;
     std::uint32_t changeCount = 0;

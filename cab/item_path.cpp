@@ -128,6 +128,8 @@ DataItem* MakePath(DataItem& item, WStringView path, Kind kind, KindMatch match)
         step = reader.Next(following);
         const bool isLast = step == Step::End;
         const Kind wanted = isLast ? kind : following.isIndex ? Kind::Array : Kind::Dictionary;
+        // Nobody asked for the item itself, so that it is missing undoes nothing.
+        if (isLast && kind == Kind::None) grown = nullptr;
         DataItem* next = FindPart(*at, part);
         if (next) {
             // An index finds its way through a dictionary too.

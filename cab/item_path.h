@@ -23,6 +23,8 @@ enum class KindMatch : std::uint8_t {
 
 /// Walks down and makes what is missing: dictionaries where a name follows, arrays where an index
 /// does, and at the end an item of `kind`. An index past the end of an array adds one element.
+/// With Kind::None the item itself is only looked up, unless it is an array's next one; containers
+/// on the way to it are made, and stay.
 /// \return null if that cannot be; what was made is then gone again, though the change count has
 ///         risen if something had been.
 [[nodiscard]] DataItem* MakePath(DataItem& item, WStringView path, Kind kind,

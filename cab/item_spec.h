@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include "cab/kinds.h"
 #include "cab/value_spec.h"
 #include "foundation/allocated.h"
@@ -59,6 +61,10 @@ public:
 
     /// Null if there is none (any more).
     [[nodiscard]] virtual const ItemSpec* GetSpec() noexcept = 0;
+    /// What the handle keeps alive, as a mark to compare; null if it keeps nothing.
+    [[nodiscard]] virtual const void* Kept() const noexcept { return nullptr; }
+    /// Another handle on the same declaration. \return null when memory runs out.
+    [[nodiscard]] virtual std::unique_ptr<TemplateHandle> Clone() noexcept { return nullptr; }
 };
 
 }  // namespace AUX::CAB

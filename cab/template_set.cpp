@@ -77,6 +77,16 @@ public:
         return spec;
     }
 
+    const void* Kept() const noexcept override { return &set_; }
+    std::unique_ptr<TemplateHandle> Clone() noexcept override {
+        std::unique_ptr<TemplateHandle> copy;
+        (void)StatusOf([&] {
+            copy.reset(new (std::nothrow) Handle(set_, isSelected_ ? nullptr : &name_));
+            return S_OK;
+        });
+        return copy;
+    }
+
 private:
     TemplateSet& set_;
     const KeyText name_;

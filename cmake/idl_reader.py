@@ -81,6 +81,7 @@ class Type:
     version: tuple = (0, 0)
     base: str = None
     depth: int = 0  # of an interface: how many it derives from
+    is_imported: bool = False  # from another file, and listed since the library names it
     alias: tuple = None
     implements: list = field(default_factory=list)
     variables: list = field(default_factory=list)
@@ -216,6 +217,12 @@ class Reader:
                 return number
         if name in BASE_TYPES:
             return BASE_LIBRARY | BASE_TYPES.index(name)
+        made = self.known.get(name)
+        if made and made.kind == INTERFACE and self.described:  # Of an imported file.
+            made.is_imported = True
+            made.implements = [(self.reference(made.base), 0)]
+            self.listed.append(made)
+            return len(self.listed) - 1
         self.fail(f'{name} is not in the library')
 
     def constant(self, value, described):

@@ -110,12 +110,15 @@ def header(library):
            '#include "platform/typeinfo.h"\n\n'
            f'inline constexpr GUID LIBID_{library.name}{{{cpp_guid(library.guid)}}};\n')
     for t in library.types:
+        if t.is_imported:
+            out += f'struct {t.name};\n'
+    for t in library.types:
         if t.kind == COCLASS:
             out += f'inline constexpr CLSID CLSID_{t.name}{{{cpp_guid(t.guid)}}};\n'
         elif t.kind == ENUM:
             values = ''.join(f'    {v.name} = {v.value[1]},\n' for v in t.variables)
             out += f'\nenum {t.name} {{\n{values}}};\n'
-        elif t.kind == INTERFACE:
+        elif t.kind == INTERFACE and not t.is_imported:
             out += f'\nstruct {t.name} : {t.base} {{\n'
             for f in t.functions:
                 parameters = ', '.join(f'{p.cpp} {p.name}' for p in f.parameters)

@@ -11,7 +11,13 @@ namespace AUX {
 /// Where an offset counts from.
 enum class SeekMode : std::int32_t { Start = 0, Position = 1, End = 2 };
 
-enum class StreamType : std::int32_t { MappedFile = 1, Memory = 2, DynamicMemory = 3, File = 5 };
+enum class StreamType : std::int32_t {
+    MappedFile = 1,
+    Memory = 2,
+    DynamicMemory = 3,
+    Foreign = 4,  ///< A stream that a client of another module implements.
+    File = 5,
+};
 
 /// Access flags, or'ed together.
 inline constexpr std::uint32_t kAccessRead = 1;
