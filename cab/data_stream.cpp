@@ -23,24 +23,26 @@ std::unique_ptr<Stream> MakeInFile() noexcept {
     return made;
 }
 
-// A stream with the bytes of `source`, if there is one.
-std::unique_ptr<Stream> MakeStream(Stream* source) noexcept {
-    const std::int64_t size = source ? source->GetSize() : 0;
-    std::unique_ptr<Stream> made = size > kMaxBytesInMemory ? MakeInFile() : nullptr;
-    if (!made) made = MakeInMemory();
-    if (made && size > 0) {
-        std::int64_t count = 0;
-        const Status status = made->CopyFrom(*source, SeekMode::Start, 0, size, count);
-        if (IsFailure(status) || count != size) return nullptr;
-        made->Rewind();
-    }
-    return made;
-}
-
 }  // namespace
 
+Status CopyWhole(Stream& source, std::unique_ptr<Stream>& copy) noexcept {
+    const std::int64_t size = source.GetSize();
+    std::unique_ptr<Stream> made = size > kMaxBytesInMemory ? MakeInFile() : nullptr;
+    if (!made) made = MakeInMemory();
+    if (!made) return kStatusInsufficientMemory;
+    if (size > 0) {
+        std::int64_t count = 0;
+        const Status status = made->CopyFrom(source, SeekMode::Start, 0, size, count);
+        if (IsFailure(status)) return status;
+        if (count != size) return kStatusEndOfData;
+        made->Rewind();
+    }
+    copy = std::move(made);
+    return kStatusOk;
+}
+
 Stream* DataStream::GetStream() noexcept {
-    if (!value) value = MakeStream(nullptr);
+    if (!value) value = MakeInMemory();
     return value.get();
 }
 
@@ -59,8 +61,8 @@ bool DataStream::SetStream(Stream* newStream, bool attach) noexcept {
     if (attach) {
         value.reset(newStream);
     } else {
-        std::unique_ptr<Stream> copy = MakeStream(newStream);
-        if (!copy) return false;
+        std::unique_ptr<Stream> copy;
+        if (IsFailure(CopyWhole(*newStream, copy))) return false;
         value = std::move(copy);
     }
     MarkSet();

@@ -7,6 +7,10 @@ namespace AUX::CAB {
 /// Copies of more bytes lie in a temporary file, of which only a window is mapped at a time.
 inline constexpr std::int64_t kMaxBytesInMemory = 4 << 20;
 
+/// Copies all bytes of a stream into a new one, which stands at its start.
+/// \return what fails in either, `copy` then being untouched.
+[[nodiscard]] Status CopyWhole(Stream& source, std::unique_ptr<Stream>& copy) noexcept;
+
 /// Bytes. Owns its stream, which is made in memory at the first use.
 class DataStream final : public DataItem {
 public:

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <new>
 #include <string>
 #include <vector>
 
@@ -8,6 +7,10 @@
 #include "foundation/wstring_view.h"
 
 namespace AUX::CAB {
+
+/// Throws std::bad_alloc. In a source of its own: whoever only holds such a container, and adds
+/// nothing, may be compiled without exceptions.
+[[noreturn]] void ThrowOutOfMemory();
 
 /// Gives the standard's containers their memory from AUX::Alloc; they throw std::bad_alloc when it
 /// runs out.
@@ -20,9 +23,9 @@ struct LibraryAllocator {
     LibraryAllocator(const LibraryAllocator<Other>&) noexcept {}
 
     [[nodiscard]] T* allocate(std::size_t count) {
-        if (count > static_cast<std::size_t>(-1) / sizeof(T)) throw std::bad_alloc();
+        if (count > static_cast<std::size_t>(-1) / sizeof(T)) ThrowOutOfMemory();
         void* const block = Alloc(count * sizeof(T));
-        if (!block) throw std::bad_alloc();
+        if (!block) ThrowOutOfMemory();
         return static_cast<T*>(block);
     }
     void deallocate(T* block, std::size_t) noexcept { Free(block); }

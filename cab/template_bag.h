@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cab/data_root.h"
 #include "cab/template_set.h"
 
 /// Templates put to use. As TemplateSet's own operations, but nothing throws: an invalid template

@@ -1,6 +1,7 @@
 #include "foundation/memory.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <xmmintrin.h>
 
@@ -13,6 +14,13 @@ namespace AUX {
 namespace {
 
 using namespace memory;
+
+constinit std::atomic<std::uint32_t> refusedRequests = 0;
+
+void* Refuse() noexcept {
+    refusedRequests.fetch_add(1, std::memory_order_relaxed);
+    return nullptr;
+}
 
 void* AllocateSmall(MemRoot& root, std::size_t size) noexcept {
     MemHeap* heap = Manager().Heap();
@@ -58,7 +66,7 @@ std::size_t UsableSize(void* block) noexcept {
 
 void* Move(void* block, std::size_t usable, std::size_t size) noexcept {
     void* const moved = Allocate(size);
-    if (!moved) return nullptr;
+    if (!moved) return Refuse();
     const std::size_t kept = std::min(usable, size);
     if (!IsLarge(block)) platform::AllowAccess(block, kept);
     std::memcpy(moved, block, kept);
@@ -69,7 +77,7 @@ void* Move(void* block, std::size_t usable, std::size_t size) noexcept {
 void* Reallocate(void* block, std::size_t size, bool mayStay) noexcept {
     if (!block) return Alloc(size);
     if (size > kMaxRequest || Manager().HasEnded()) return nullptr;
-    if (watch.IsOn() && watch.MustFail()) return nullptr;
+    if (watch.IsOn() && watch.MustFail()) return Refuse();
     const std::size_t usable = UsableSize(block);
     if (!IsLarge(block)) return Move(block, usable, size);
     const BlockKind kind = LargeHeaderOf(block).kind;
@@ -88,10 +96,10 @@ void* Reallocate(void* block, std::size_t size, bool mayStay) noexcept {
 
 void* Alloc(std::size_t size) noexcept {
     if (size == 0 || size > kMaxRequest) return nullptr;
-    if (!watch.IsOn()) return Allocate(size);
-    if (watch.MustFail()) return nullptr;
+    if (watch.IsOn() && watch.MustFail()) return Refuse();
     void* const block = Allocate(size);
-    if (block) watch.liveBlocks.fetch_add(1);
+    if (!block) return Refuse();
+    if (watch.IsOn()) watch.liveBlocks.fetch_add(1);
     return block;
 }
 
@@ -108,6 +116,10 @@ void Free(void* block) noexcept {
     if (Manager().HasEnded()) return;
     if (watch.IsOn()) watch.liveBlocks.fetch_sub(1);
     FreeAny(block);
+}
+
+std::uint32_t RefusedRequests() noexcept {
+    return refusedRequests.load(std::memory_order_relaxed);
 }
 
 }  // namespace AUX

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 /// The library's allocator. It serves the library's strings, arrays, streams and objects; a block
 /// goes back through AUX::Free, never to the run-time's `free`, nor the other way round. Any thread
@@ -25,5 +26,9 @@ inline constexpr std::size_t kMaxRequest = static_cast<std::size_t>(-1) / 2;
 
 /// Gives a block back; null does nothing.
 void Free(void* block) noexcept;
+
+/// How many requests of this process could not be granted. For callers of operations that only tell
+/// whether they worked: a failure during which this has risen may be one of memory.
+[[nodiscard]] std::uint32_t RefusedRequests() noexcept;
 
 }  // namespace AUX
