@@ -67,7 +67,9 @@ bool DataRoot::Rebuild() noexcept {
 }
 
 bool DataRoot::KeepTemplate(TemplateHandle& handle) noexcept {
-    const auto keepsSame = [&](const TemplateHandle* kept) { return kept->Kept() == handle.Kept(); };
+    const auto keepsSame = [&](const TemplateHandle* kept) {
+        return kept->Kept() == handle.Kept();
+    };
     if (!handle.Kept() || (templateHandle && keepsSame(templateHandle.get()))) return true;
     for (const TemplateHandle* const kept : keptTemplates) {
         if (keepsSame(kept)) return true;

@@ -89,9 +89,8 @@ public:
         const std::int64_t start = source.GetPosition();
         position = target;  // The source may be this very stream.
         // What two ranges of one stream share must be read before it is overwritten.
-        const std::int64_t step = IsSameStore(source)
-                                      ? std::min(length, source.GetSize() - start)
-                                      : std::min(length, kCopyStep);
+        const std::int64_t step = IsSameStore(source) ? std::min(length, source.GetSize() - start)
+                                                      : std::min(length, kCopyStep);
         if (step < 1) return kStatusEndOfData;
         void* const buffer = Alloc(static_cast<std::size_t>(step));
         if (!buffer) return kStatusInsufficientMemory;

@@ -118,8 +118,6 @@ void Free(void* block) noexcept {
     FreeAny(block);
 }
 
-std::uint32_t RefusedRequests() noexcept {
-    return refusedRequests.load(std::memory_order_relaxed);
-}
+std::uint32_t RefusedRequests() noexcept { return refusedRequests.load(std::memory_order_relaxed); }
 
 }  // namespace AUX

@@ -98,9 +98,7 @@ HRESULT BagFace::SaveStream(IStream* stream) noexcept {
 }
 
 HRESULT BagFace::LoadRegistry(LPCWSTR path, LONGLONG key) noexcept {
-    return With([&](CAB::DataItem& root) {
-        return CAB::LoadFromRegistry(root, KeyOf(key), path);
-    });
+    return With([&](CAB::DataItem& root) { return CAB::LoadFromRegistry(root, KeyOf(key), path); });
 }
 
 HRESULT BagFace::SaveRegistry(LPCWSTR path, LONGLONG key) noexcept {
@@ -122,17 +120,15 @@ HRESULT BagFace::GetChangeCount(LONG* count) noexcept {
 
 HRESULT BagFace::FromJson(BSTR text) noexcept {
     if (!text) return E_INVALIDARG;
-    return With([&](CAB::DataItem&) {
-        return CAB::FromJson(bag_, WStringView(text, SysStringLen(text)));
-    });
+    return With(
+        [&](CAB::DataItem&) { return CAB::FromJson(bag_, WStringView(text, SysStringLen(text))); });
 }
 
 HRESULT BagFace::ToJson(LONG flags, BSTR* text) noexcept {
     if (!text) return E_POINTER;
     *text = nullptr;
-    return With([&](CAB::DataItem&) {
-        return CAB::ToJson(bag_, static_cast<std::uint32_t>(flags), text);
-    });
+    return With(
+        [&](CAB::DataItem&) { return CAB::ToJson(bag_, static_cast<std::uint32_t>(flags), text); });
 }
 
 HRESULT BagFace::Borrow() noexcept {

@@ -8,8 +8,8 @@
 
 namespace AUX {
 
-/// The object of a bag, which it keeps alive. What concerns the bag as a whole takes the bag's lock,
-/// so that any thread may call it; the items it gives take none.
+/// The object of a bag, which it keeps alive. What concerns the bag as a whole takes the bag's
+/// lock, so that any thread may call it; the items it gives take none.
 ///
 /// Operations give the notice of the calling thread, as those of items do.
 class BagFace final : public DualBase<IBag>, public IBagLocker, LiveObject, public Allocated {

@@ -99,4 +99,12 @@ HRESULT CreateTemplateSetFromStream(IUnknown* stream, ITemplateSet** set) noexce
     return S_OK;
 }
 
+HRESULT BagFactory::CreateBagFromStream(IStream* stream, LPCWSTR root, IBag** bag) noexcept {
+    return AUX::CreateBagFromStream(stream, root, bag);
+}
+
+HRESULT BagFactory::CreateTemplateSetFromStream(IStream* stream, ITemplateSet** set) noexcept {
+    return AUX::CreateTemplateSetFromStream(stream, set);
+}
+
 }  // namespace AUX

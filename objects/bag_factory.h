@@ -21,4 +21,39 @@ namespace AUX {
                                                   ITemplateSet** set) noexcept;
 [[nodiscard]] HRESULT CreateTemplateSetFromStream(IUnknown* stream, ITemplateSet** set) noexcept;
 
+/// The makers as the second interface of the root, which counts and answers for it.
+class BagFactory final : public DualBase<IBagFactory> {
+public:
+    explicit constexpr BagFactory(IUnknown& owner) noexcept : owner_(owner) {}
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) noexcept override {
+        return owner_.QueryInterface(id, object);
+    }
+    ULONG STDMETHODCALLTYPE AddRef() noexcept override { return owner_.AddRef(); }
+    ULONG STDMETHODCALLTYPE Release() noexcept override { return owner_.Release(); }
+
+    HRESULT STDMETHODCALLTYPE CreateBagFromTemplateSet(IUnknown* set, LPCWSTR root,
+                                                       IBag** bag) noexcept override {
+        return AUX::CreateBagFromTemplateSet(set, root, bag);
+    }
+    HRESULT STDMETHODCALLTYPE CreateBagFromStream(IStream* stream, LPCWSTR root,
+                                                  IBag** bag) noexcept override;
+    HRESULT STDMETHODCALLTYPE CreateBagFromBuffer(const void* buffer, LONG size, LPCWSTR root,
+                                                  IBag** bag) noexcept override {
+        return AUX::CreateBagFromBuffer(buffer, size, root, bag);
+    }
+    HRESULT STDMETHODCALLTYPE CreateBag(IBag** bag) noexcept override {
+        return AUX::CreateBag(bag);
+    }
+    HRESULT STDMETHODCALLTYPE CreateTemplateSetFromBuffer(const void* buffer, LONG size,
+                                                          ITemplateSet** set) noexcept override {
+        return AUX::CreateTemplateSetFromBuffer(buffer, size, set);
+    }
+    HRESULT STDMETHODCALLTYPE CreateTemplateSetFromStream(IStream* stream,
+                                                          ITemplateSet** set) noexcept override;
+
+private:
+    IUnknown& owner_;
+};
+
 }  // namespace AUX

@@ -145,9 +145,8 @@ HRESULT ItemFace::IsEqual(IBagItem* other, VARIANT_BOOL* isEqual) noexcept {
 
 HRESULT ItemFace::Assign(IBagItem* source) noexcept {
     return With([&](DataItem& item) {
-        return WithOther(source, [&](DataItem& its) {
-            return Accepted(item.Assign(&its, false, false));
-        });
+        return WithOther(source,
+                         [&](DataItem& its) { return Accepted(item.Assign(&its, false, false)); });
     });
 }
 

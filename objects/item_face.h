@@ -52,8 +52,8 @@ public:
     HRESULT STDMETHODCALLTYPE GetValue(VARIANT* value) noexcept override;
     HRESULT STDMETHODCALLTYPE PutValue(VARIANT value) noexcept override;
 
-    /// The value of the item at a path, or `missing` when there is none or it cannot give that type.
-    /// Containers on the way are made. \return S_OK, whatever was converted.
+    /// The value of the item at a path, or `missing` when there is none or it cannot give that
+    /// type. Containers on the way are made. \return S_OK, whatever was converted.
     HRESULT STDMETHODCALLTYPE GetBoolAt(LPCWSTR path, VARIANT_BOOL missing,
                                         VARIANT_BOOL* value) noexcept override;
     HRESULT STDMETHODCALLTYPE GetIntAt(LPCWSTR path, LONG missing, LONG* value) noexcept override;
@@ -61,7 +61,8 @@ public:
                                          LONGLONG* value) noexcept override;
     HRESULT STDMETHODCALLTYPE GetDoubleAt(LPCWSTR path, double missing,
                                           double* value) noexcept override;
-    HRESULT STDMETHODCALLTYPE GetStringAt(LPCWSTR path, BSTR missing, BSTR* value) noexcept override;
+    HRESULT STDMETHODCALLTYPE GetStringAt(LPCWSTR path, BSTR missing,
+                                          BSTR* value) noexcept override;
     HRESULT STDMETHODCALLTYPE GetStreamAt(LPCWSTR path, IStream* missing,
                                           IStream** value) noexcept override;
     HRESULT STDMETHODCALLTYPE GetObjectAt(LPCWSTR path, IUnknown* missing,
@@ -98,11 +99,12 @@ public:
     HRESULT STDMETHODCALLTYPE SetTemplateFromBuffer(const void* buffer, LONG size,
                                                     LPCWSTR root) noexcept override;
     HRESULT STDMETHODCALLTYPE KeyAt(LONG index, BSTR* key) noexcept override;
-    /// GetOrAdd, then the value; kind 0 means the value's own. An item that was there, or made for a
-    /// value that it refuses, stays as it is.
+    /// GetOrAdd, then the value; kind 0 means the value's own. An item that was there, or made for
+    /// a value that it refuses, stays as it is.
     HRESULT STDMETHODCALLTYPE GetOrAddWithValue(VARIANT key, LONG kind, VARIANT value,
                                                 IBagItem** item) noexcept override;
-    HRESULT STDMETHODCALLTYPE EnsureItem(VARIANT path, LONG kind, IBagItem** item) noexcept override;
+    HRESULT STDMETHODCALLTYPE EnsureItem(VARIANT path, LONG kind,
+                                         IBagItem** item) noexcept override;
     /// The item's own text, terminated, until the item changes.
     HRESULT STDMETHODCALLTYPE GetStringPointer(LPCWSTR* text) noexcept override;
     /// Whether a path gives an item of a kind; a kind other than 0 makes it.

@@ -53,9 +53,8 @@ HRESULT ItemFace::SetTemplate(IUnknown* source, LPCWSTR root) noexcept {
 }
 
 HRESULT ItemFace::LoadRegistry(LPCWSTR path, LONGLONG key) noexcept {
-    return With([&](DataItem& item) {
-        return CAB::LoadFromRegistry(*item.Self(), KeyOf(key), path);
-    });
+    return With(
+        [&](DataItem& item) { return CAB::LoadFromRegistry(*item.Self(), KeyOf(key), path); });
 }
 
 HRESULT ItemFace::SaveRegistry(LPCWSTR path, LONGLONG key) noexcept {

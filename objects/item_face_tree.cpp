@@ -52,9 +52,9 @@ HRESULT ItemFace::Exists(LPCWSTR path, LONG kind, VARIANT_BOOL* exists) noexcept
     return With([&](DataItem& item) {
         const auto wanted = static_cast<Kind>(kind);
         const WStringView text = TextAt(path);
-        DataItem* const found =
-            text.empty() ? item.Cast(wanted)
-                         : CAB::MakePath(item, text, wanted, CAB::KindMatch::Strict);
+        DataItem* const found = text.empty()
+                                    ? item.Cast(wanted)
+                                    : CAB::MakePath(item, text, wanted, CAB::KindMatch::Strict);
         *exists = ToVariantBool(found);
         return S_OK;
     });

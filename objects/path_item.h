@@ -8,8 +8,8 @@
 
 namespace AUX {
 
-/// A place in a tree where nothing stands yet. Reading finds what has come into being there; writing
-/// makes it. Once it has an item it stays bound to that. Its face owns it.
+/// A place in a tree where nothing stands yet. Reading finds what has come into being there;
+/// writing makes it. Once it has an item it stays bound to that. Its face owns it.
 class PathItem final : public CAB::ItemForwarder {
 public:
     /// \param parent  Where the path begins; another PathItem is copied.

@@ -66,6 +66,10 @@ bool RootObject::AreObjectsInUse() noexcept {
 
 HRESULT RootObject::QueryInterface(REFIID id, void** object) noexcept {
     if (!object) return E_POINTER;
+    if (IsEqualIID(id, platform::InterfaceId<IBagFactory>())) {
+        *object = static_cast<IBagFactory*>(&bags);
+        return S_OK;
+    }
     const bool isKnown = IsEqualIID(id, platform::InterfaceId<IUnknown>()) ||
                          IsEqualIID(id, platform::InterfaceId<IDispatch>()) ||
                          IsEqualIID(id, platform::InterfaceId<IRootObject>());
@@ -174,24 +178,9 @@ HRESULT RootObject::GetMath(IUnknown** result) noexcept {
     return *result ? S_OK : E_OUTOFMEMORY;
 }
 
-HRESULT RootObject::NewBag(IUnknown** bag) noexcept { return NotThere(bag); }
 HRESULT RootObject::NewColor(LONG, IUnknown** color) noexcept { return NotThere(color); }
 HRESULT RootObject::NewPageRange(IUnknown** range) noexcept { return NotThere(range); }
-HRESULT RootObject::NewBagFromTemplateText(const void*, LONG, LPCWSTR, IUnknown** bag) noexcept {
-    return NotThere(bag);
-}
-HRESULT RootObject::NewBagFromTemplateStream(IUnknown*, LPCWSTR, IUnknown** bag) noexcept {
-    return NotThere(bag);
-}
-HRESULT RootObject::NewTemplateSetFromStream(IUnknown*, IUnknown** set) noexcept {
-    return NotThere(set);
-}
-HRESULT RootObject::NewTemplateSetFromText(const void*, LONG, IUnknown** set) noexcept {
-    return NotThere(set);
-}
-HRESULT RootObject::NewBagFromTemplateSet(IUnknown*, LPCWSTR, IUnknown** bag) noexcept {
-    return NotThere(bag);
-}
+
 namespace {
 
 WStringView ViewOf(BSTR text) noexcept { return {text, SysStringLen(text)}; }

@@ -4,6 +4,7 @@
 
 #include "automation/geometry_math.h"
 #include "automation/keyword_table.h"
+#include "objects/bag_factory.h"
 #include "objects/message_hub.h"
 #include "platform/sync.h"
 
@@ -11,8 +12,8 @@ namespace AUX {
 
 /// The way into the family: one static object that makes the others and offers the library's
 /// services. It isn't counted: AddRef and Release give 1. Any thread, from StartObjects to
-/// EndObjects. Of the makers, those of bags, templates, colours and page ranges belong to classes
-/// that have no object yet, and give E_NOTIMPL.
+/// EndObjects. Of the makers, those of colours and page ranges belong to classes that have no
+/// object yet, and give E_NOTIMPL.
 class RootObject final : public DualBase<IRootObject> {
 public:
     constexpr RootObject() noexcept = default;
@@ -37,7 +38,7 @@ public:
     HRESULT STDMETHODCALLTYPE Resize(void* block, LONGLONG size, void** result) noexcept override;
     HRESULT STDMETHODCALLTYPE Free(void* block) noexcept override;
     HRESULT STDMETHODCALLTYPE Reserved() noexcept override;
-    HRESULT STDMETHODCALLTYPE NewBag(IUnknown** bag) noexcept override;
+    HRESULT STDMETHODCALLTYPE NewBag(IBag** bag) noexcept override;
     /// A size above 0 is set at once.
     HRESULT STDMETHODCALLTYPE NewMemoryBlock(LONGLONG size, IMemoryBlock** block) noexcept override;
     /// \param size  1 to 99,999,999 bits.
@@ -51,7 +52,7 @@ public:
     HRESULT STDMETHODCALLTYPE NewProgressSliceAll(IProgress* parent, double range,
                                                   IProgressSlice** slice) noexcept override;
     HRESULT STDMETHODCALLTYPE NewBagFromTemplateText(const void* text, LONG length, LPCWSTR root,
-                                                     IUnknown** bag) noexcept override;
+                                                     IBag** bag) noexcept override;
     HRESULT STDMETHODCALLTYPE NewText(BSTR text, IText** result) noexcept override;
     HRESULT STDMETHODCALLTYPE NewSignal(ISignal** signal) noexcept override;
     HRESULT STDMETHODCALLTYPE NewIntArray(IIntArray** array) noexcept override;
@@ -59,7 +60,7 @@ public:
     /// Words as AUX::SplitWords cuts them. \return S_FALSE, and null, for an empty text.
     HRESULT STDMETHODCALLTYPE SplitWords(BSTR text, IStringArray** words) noexcept override;
     HRESULT STDMETHODCALLTYPE NewBagFromTemplateStream(IUnknown* stream, LPCWSTR root,
-                                                       IUnknown** bag) noexcept override;
+                                                       IBag** bag) noexcept override;
     /// \param flags  Bit 0: the message only.
     HRESULT STDMETHODCALLTYPE GetStatusText(ULONG status, ULONG flags,
                                             BSTR* text) noexcept override;
@@ -105,9 +106,9 @@ public:
                                                ULONG blocking,
                                                IProgressSlice** slice) noexcept override;
     HRESULT STDMETHODCALLTYPE NewTemplateSetFromStream(IUnknown* stream,
-                                                       IUnknown** set) noexcept override;
+                                                       ITemplateSet** set) noexcept override;
     HRESULT STDMETHODCALLTYPE NewBagFromTemplateSet(IUnknown* set, LPCWSTR root,
-                                                    IUnknown** bag) noexcept override;
+                                                    IBag** bag) noexcept override;
     HRESULT STDMETHODCALLTYPE GetDefaultPaper(ULONG* key) noexcept override;
     /// The key is the block's bytes, by the rules of TextCipher. \return E_INVALIDARG for a null or
     /// empty key or a null text; as AUX::EncryptText.
@@ -122,7 +123,7 @@ public:
     HRESULT STDMETHODCALLTYPE DecryptString(IMemoryBlock* key, BSTR text,
                                             IText** result) noexcept override;
     HRESULT STDMETHODCALLTYPE NewTemplateSetFromText(const void* text, LONG length,
-                                                     IUnknown** set) noexcept override;
+                                                     ITemplateSet** set) noexcept override;
 
 private:
     CRITICAL_SECTION lock{};  // guards the lazy geometry
@@ -130,6 +131,7 @@ private:
     platform::ComPtr<GeometryMath> math;
     KeywordHash keywordHash = nullptr;
     bool isStarted = false;
+    BagFactory bags{*this};
 };
 
 /// The one root.

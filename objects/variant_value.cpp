@@ -161,9 +161,8 @@ bool PutVariant(DataItem& item, const VARIANT& value) noexcept {
         case Kind::String:
             return item.SetText(TextIn(*plain));
         case Kind::Object:
-            return item.SetObject(plain->vt == VT_DISPATCH || plain->vt == VT_UNKNOWN
-                                      ? plain->punkVal
-                                      : nullptr);
+            return item.SetObject(
+                plain->vt == VT_DISPATCH || plain->vt == VT_UNKNOWN ? plain->punkVal : nullptr);
         default:
             return false;
     }

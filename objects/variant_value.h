@@ -10,9 +10,9 @@ namespace AUX {
 /// The kind of item that takes such a value; None for those that no item takes.
 [[nodiscard]] CAB::Kind KindOf(const VARIANT& value) noexcept;
 
-/// Sets an item. Unsigned numbers that don't fit the signed type of their size are taken as the next
-/// larger type, so that an item refuses what it can't hold.
-/// \return false if the item refuses, no item takes such a value, or memory runs out.
+/// Sets an item. Unsigned numbers that don't fit the signed type of their size are taken as the
+/// next larger type, so that an item refuses what it can't hold. \return false if the item refuses,
+/// no item takes such a value, or memory runs out.
 [[nodiscard]] bool PutVariant(CAB::DataItem& item, const VARIANT& value) noexcept;
 
 /// Gives an item's value: numbers and texts as they are, an object counted.

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 #include <string>
 
+#include "cab/com_stream.h"
 #include "cab/data_dictionary.h"
+#include "foundation/dyn_mem_stream.h"
 #include "objects/frame.h"
 #include "objects/operation_lists.h"
 
@@ -13,6 +15,17 @@ namespace objects_test {
 
 using AUX::Give;
 namespace CAB = AUX::CAB;
+
+/// A COM stream of some bytes, at their start.
+inline platform::ComPtr<IUnknown> StreamOf(std::string_view bytes) {
+    std::unique_ptr<AUX::DynMemStream> stream(new (std::nothrow) AUX::DynMemStream);
+    std::int64_t count = 0;
+    EXPECT_EQ(stream->Open(0, 0), AUX::kStatusOk);
+    EXPECT_EQ(stream->Write(bytes.data(), static_cast<std::int64_t>(bytes.size()), count),
+              AUX::kStatusOk);
+    (void)stream->Rewind();
+    return platform::ComPtr<IUnknown>(CAB::MakeComStream(std::move(stream)).Get());
+}
 
 // A progress object that a test reads: what a host would show.
 class Meter final : public AUX::DualObject<IProgress> {
