@@ -117,7 +117,8 @@ def header(library):
             out += f'inline constexpr CLSID CLSID_{t.name}{{{cpp_guid(t.guid)}}};\n'
         elif t.kind == ENUM:
             values = ''.join(f'    {v.name} = {v.value[1]},\n' for v in t.variables)
-            out += f'\nenum {t.name} {{\n{values}}};\n'
+            # A caller may pass any number: with a width of its own each is a value.
+            out += f'\nenum {t.name} : int {{\n{values}}};\n'
         elif t.kind == INTERFACE and not t.is_imported:
             out += f'\nstruct {t.name} : {t.base} {{\n'
             for f in t.functions:
