@@ -2,6 +2,7 @@
 
 #include "automation/split_words.h"
 #include "objects/array_objects.h"
+#include "objects/color_value.h"
 #include "objects/keyword_objects.h"
 #include "objects/operation_history.h"
 #include "objects/progress_slice.h"
@@ -161,6 +162,13 @@ HRESULT RootObject::NewOperationHistory(IOperationHistory** history) noexcept {
     return MakeInto<OperationHistory>(history);
 }
 
+HRESULT RootObject::NewColor(LONG kind, IColorValue** color) noexcept {
+    if (!color) return E_POINTER;
+    *color = nullptr;
+    if (!Color::IsKind(kind)) return E_INVALIDARG;
+    return MakeInto<ColorValue>(color, Color(static_cast<ColorKind>(kind)));
+}
+
 HRESULT RootObject::GetHub(IMessageHub** result) noexcept {
     if (!result) return E_POINTER;
     *result = platform::ComPtr<MessageHub>(hub).Detach();
@@ -178,7 +186,6 @@ HRESULT RootObject::GetMath(IUnknown** result) noexcept {
     return *result ? S_OK : E_OUTOFMEMORY;
 }
 
-HRESULT RootObject::NewColor(LONG, IUnknown** color) noexcept { return NotThere(color); }
 HRESULT RootObject::NewPageRange(IUnknown** range) noexcept { return NotThere(range); }
 
 namespace {

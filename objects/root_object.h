@@ -12,8 +12,8 @@ namespace AUX {
 
 /// The way into the family: one static object that makes the others and offers the library's
 /// services. It isn't counted: AddRef and Release give 1. Any thread, from StartObjects to
-/// EndObjects. Of the makers, those of colours and page ranges belong to classes that have no
-/// object yet, and give E_NOTIMPL.
+/// EndObjects. The maker of page ranges belongs to a class that has no object yet, and gives
+/// E_NOTIMPL.
 class RootObject final : public DualBase<IRootObject> {
 public:
     constexpr RootObject() noexcept = default;
@@ -43,7 +43,8 @@ public:
     HRESULT STDMETHODCALLTYPE NewMemoryBlock(LONGLONG size, IMemoryBlock** block) noexcept override;
     /// \param size  1 to 99,999,999 bits.
     HRESULT STDMETHODCALLTYPE NewBitSet(ULONG size, IBitSet** set) noexcept override;
-    HRESULT STDMETHODCALLTYPE NewColor(LONG kind, IUnknown** color) noexcept override;
+    /// \return E_INVALIDARG for what is no kind.
+    HRESULT STDMETHODCALLTYPE NewColor(LONG kind, IColorValue** color) noexcept override;
     HRESULT STDMETHODCALLTYPE NewObjectList(IObjectList** list) noexcept override;
     HRESULT STDMETHODCALLTYPE NewOperationHistory(IOperationHistory** history) noexcept override;
     HRESULT STDMETHODCALLTYPE NewObjectArray(IObjectsArray** array) noexcept override;

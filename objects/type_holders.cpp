@@ -57,8 +57,8 @@ private:
 using FamilyTypes =
     Types<IRootObject, IIntArray, IDoubleArray, IStringArray, IValueArray, IObjectsArray,
           IObjectList, IBitSet, IText, IMemoryBlock, ISignal, IProgress, IProgressSlice,
-          IHistoryStep, IOperationHistory, IMessageEvent, IKeywordTable, IHashedKeywordTable, IBag,
-          IBagItem, ITemplateSet, IBagFactory>;
+          IHistoryStep, IOperationHistory, IMessageEvent, IColorValue, IKeywordTable,
+          IHashedKeywordTable, IBag, IBagItem, ITemplateSet, IBagFactory>;
 
 }  // namespace
 

@@ -38,6 +38,9 @@ std::string Show(const VARIANT& value) {
         case VT_BSTR:
             out << '\'' << TextOf(value.bstrVal) << '\'';
             break;
+        case VT_R4:
+            out << value.fltVal;
+            break;
         case VT_R8:
             out << value.dblVal;
             break;
@@ -128,9 +131,9 @@ protected:
             UniqueVariant value;
             std::string expected;
         };
-        static const std::map<std::string, VARTYPE> kKinds = {{"i4", VT_I4}, {"ui4", VT_UI4},
-                                                              {"i8", VT_I8}, {"ui8", VT_UI8},
-                                                              {"r8", VT_R8}, {"bstr", VT_BSTR}};
+        static const std::map<std::string, VARTYPE> kKinds = {
+            {"i4", VT_I4}, {"ui4", VT_UI4}, {"i8", VT_I8},    {"ui8", VT_UI8},
+            {"r8", VT_R8}, {"r4", VT_R4},   {"bstr", VT_BSTR}};
         std::vector<VARIANT> arguments;
         std::vector<std::unique_ptr<Place>> places;
         std::istringstream in(words);
