@@ -19,10 +19,14 @@ HRESULT LoadTypes(ITypeLib** library) noexcept {
     return result;
 }
 
-void End() noexcept {
+enum class Ends { Module, Process };
+
+// At the end of the process the modules that hosts' sinks live in may have ended before: what the
+// objects hold goes with the process then.
+void End(Ends what) noexcept {
     UnregisterWindowClasses();
     SharedToolbarState().Store();
-    AUX::EndObjects();
+    if (what == Ends::Module) AUX::EndObjects();
     AUX::EndLibrary();
     EndServer();
     DetachModule();
@@ -44,7 +48,7 @@ bool Start(HINSTANCE module) noexcept {
     }
     AUX::StartLibrary();
     if (AUX::StartObjects(LoadTypes)) return true;
-    End();
+    End(Ends::Module);
     return false;
 }
 
@@ -53,11 +57,14 @@ bool Start(HINSTANCE module) noexcept {
 /// The module's start and end, in one place.
 /// \return FALSE, so that the module is not loaded, when its own folder cannot be read, one of its
 ///         locks cannot be made, or memory runs out.
-extern "C" QVD_EXPORT BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) noexcept {
+extern "C" QVD_EXPORT BOOL WINAPI DllMain(HINSTANCE module, DWORD reason,
+                                          LPVOID processEnds) noexcept {
     if (reason == DLL_PROCESS_ATTACH) {
         hasStarted = Start(module);
         return hasStarted ? TRUE : FALSE;
     }
-    if (reason == DLL_PROCESS_DETACH && hasStarted) End();
+    if (reason == DLL_PROCESS_DETACH && hasStarted) {
+        End(processEnds ? Ends::Process : Ends::Module);
+    }
     return TRUE;
 }
