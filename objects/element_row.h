@@ -89,9 +89,9 @@ public:
 
     /// \return S_FALSE for a count of 0; a count past the end is cut.
     [[nodiscard]] HRESULT RemoveRange(ULONG first, ULONG number) noexcept {
+        if (number == 0) return S_FALSE;
         if (first >= count) return E_INVALIDARG;
         if (lockCount > 0) return E_FAIL;
-        if (number == 0) return S_FALSE;
         TakeOut(first, std::min(number, count - first));
         return S_OK;
     }

@@ -129,7 +129,7 @@ TEST_F(FamilyTest, ArraysInsertRemoveAndRefuse) {
     EXPECT_EQ(array->InsertRange(values, 4, 99), S_OK);
     EXPECT_EQ(array->Insert(9, 1), S_OK);
     EXPECT_EQ(Content(*array.Get()), (std::vector<ULONG>{1, 9, 2, 3, 4}));
-    EXPECT_EQ(array->RemoveRange(0, 0), S_FALSE);
+    EXPECT_EQ(array->RemoveRange(5, 0), S_FALSE);
     EXPECT_EQ(array->RemoveRange(5, 1), E_INVALIDARG);
     EXPECT_EQ(array->RemoveRange(3, 0xFFFFFFFF), S_OK);
     EXPECT_EQ(array->InsertFrom(array.Get(), 0, 1, 0), E_INVALIDARG);
