@@ -23,6 +23,10 @@ protected:
     LiveObject& operator=(const LiveObject&) = delete;
 };
 
+/// Turns an integer of 64 bits, which script engines refuse, into one of 32 bits or a double if
+/// that is the same number.
+void SimplifyNumber(VARIANT& number) noexcept;
+
 /// The calls by name of a dual interface, answered from its description.
 template <class Interface>
 class DualBase : public Interface {
@@ -46,9 +50,11 @@ public:
                                      DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
                                      UINT* argumentError) noexcept override {
         TypeInfoHolder* const types = TypesOf<Interface>();
-        return types ? types->Invoke(static_cast<Interface*>(this), member, reserved, flags,
-                                     parameters, result, exception, argumentError)
-                     : kNoTypes;
+        if (!types) return kNoTypes;
+        const HRESULT status = types->Invoke(static_cast<Interface*>(this), member, reserved, flags,
+                                             parameters, result, exception, argumentError);
+        if (SUCCEEDED(status) && result) SimplifyNumber(*result);
+        return status;
     }
 };
 

@@ -67,8 +67,15 @@ var signal = root.NewSignal();
 signal.SetState(true);
 expect("signal", signal.GetState(), true);
 
+// Numbers of 64 bits, which engines know as their own.
+var values = root.NewValueArray();
+values.Insert(7, 0);
+values.Insert(9007199254740992, 1);
+expect("values", content(values), "7|9007199254740992");
+
 // A key, and what it hides.
 var key = root.NewMemoryBlock(16);
+expect("bytes", key.GetSize(), 16);
 var hidden = root.EncryptText(key, one);
 expect("hidden", hidden.GetText() === "longer", false);
 expect("found again", root.DecryptString(key, hidden.GetText()).GetText(), "longer");

@@ -53,10 +53,6 @@ std::string Show(const VARIANT& value) {
         case VT_UI4:
             out << static_cast<ULONG>(value.lVal);
             break;
-        case VT_I8:
-        case VT_UI8:
-            out << value.llVal;
-            break;
         default:
             out << "of type " << value.vt;
     }
