@@ -38,6 +38,12 @@ const WCHAR* FindPair(const WCHAR* from, const WCHAR* end, const CharacterPair& 
     return nullptr;
 }
 
+const WCHAR* FindValueEnd(const WCHAR* from, const WCHAR* end) noexcept {
+    return std::find_if(from, end, [](WCHAR unit) {
+        return unit == TEXT(')') || unit == TEXT('\\') || IsQuote(unit);
+    });
+}
+
 const WCHAR* FindUnit(const WCHAR* from, const WCHAR* end, WCHAR unit) noexcept {
     return std::find(from, end, unit);
 }
@@ -48,13 +54,22 @@ const WCHAR* FindSpecial(const WCHAR* from, const WCHAR* end) noexcept {
 
 }  // namespace
 
-const SearchKernels kPlainKernels = {FindTag, FindPair, FindUnit, FindSpecial};
+const SearchKernels kPlainKernels = {FindTag, FindPair, FindValueEnd, FindUnit, FindSpecial};
 
 constinit std::atomic<const SearchKernels*> chosenKernels{nullptr};
 
+bool CanRun(const SearchKernels& kernels) noexcept {
+    if (&kernels == &kAvx512Kernels) return platform::HasAvx512Bytes();
+    if (&kernels == &kAvx2Kernels) {
+        return IsProcessorFeaturePresent(PF_AVX2_INSTRUCTIONS_AVAILABLE) != FALSE;
+    }
+    return true;
+}
+
 const SearchKernels& ChooseKernels() noexcept {
-    const bool hasAvx2 = IsProcessorFeaturePresent(PF_AVX2_INSTRUCTIONS_AVAILABLE) != FALSE;
-    const SearchKernels& kernels = hasAvx2 ? kAvx2Kernels : kSse2Kernels;
-    chosenKernels.store(&kernels, std::memory_order_relaxed);
-    return kernels;
+    const SearchKernels* kernels = &kSse2Kernels;
+    if (CanRun(kAvx2Kernels)) kernels = &kAvx2Kernels;
+    if (CanRun(kAvx512Kernels)) kernels = &kAvx512Kernels;
+    chosenKernels.store(kernels, std::memory_order_relaxed);
+    return *kernels;
 }

@@ -6,9 +6,9 @@
 
 #include "platform/base.h"
 
-/// The inner loops of the searches, in three forms that find the same: plain, and with the vector
-/// instructions that each 64-bit processor has (SSE2) or newer ones (AVX2). Each looks from `from`
-/// up to, not including, `end`, and reads nothing outside of that.
+/// The inner loops of the searches, in four forms that find the same: plain, and with the vector
+/// instructions that each 64-bit processor has (SSE2) or newer ones (AVX2, AVX-512 with BW). Each
+/// looks from `from` up to, not including, `end`, and reads nothing outside of that.
 
 /// A place in markup where a rewriter may have work.
 struct TagPlace {
@@ -36,6 +36,9 @@ struct SearchKernels {
     const WCHAR* (*findPair)(const WCHAR* from, const WCHAR* end,
                              const CharacterPair& pair) noexcept;
 
+    /// Finds the first of ")", quotes and backslash, or `end`.
+    const WCHAR* (*findValueEnd)(const WCHAR* from, const WCHAR* end) noexcept;
+
     /// Finds the first place of a character, or `end`.
     const WCHAR* (*findUnit)(const WCHAR* from, const WCHAR* end, WCHAR unit) noexcept;
 
@@ -46,6 +49,10 @@ struct SearchKernels {
 extern const SearchKernels kPlainKernels;
 extern const SearchKernels kSse2Kernels;
 extern const SearchKernels kAvx2Kernels;
+extern const SearchKernels kAvx512Kernels;
+
+/// Tells whether this processor runs a form.
+[[nodiscard]] bool CanRun(const SearchKernels& kernels) noexcept;
 
 /// What FastestKernels has chosen; null before its first call.
 extern constinit std::atomic<const SearchKernels*> chosenKernels;

@@ -79,6 +79,14 @@ struct Avx2 {
             _mm_cmpeq_epi16(LoadHalf(first), sought), _mm_cmpeq_epi16(LoadHalf(second), sought))));
     }
 
+    static unsigned ReadValueEnd(const WCHAR* first, const WCHAR* second) noexcept {
+        const __m128i bytes = _mm_packus_epi16(LoadHalf(first), LoadHalf(second));
+        const __m128i ends =
+            _mm_setr_epi8(')', 0, '"', 0, 0, 0, 0, '\'', 0, ')', 0, 0, '\\', 0, 0, 0);
+        return static_cast<unsigned>(
+            _mm_movemask_epi8(_mm_cmpeq_epi8(_mm_shuffle_epi8(ends, bytes), bytes)));
+    }
+
     static unsigned ReadSpecial(const WCHAR* first, const WCHAR* second) noexcept {
         const __m128i bytes = _mm_packus_epi16(LoadHalf(first), LoadHalf(second));
         // Signed: what is no ASCII is negative or 0.
@@ -93,4 +101,4 @@ struct Avx2 {
 
 }  // namespace
 
-const SearchKernels kAvx2Kernels = VectorSearch<Avx2>::kKernels;
+const SearchKernels kAvx2Kernels = VectorSearch<Avx2, HalvesSearch<Avx2>>::kKernels;

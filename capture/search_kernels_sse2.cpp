@@ -60,6 +60,15 @@ struct Sse2 {
             _mm_cmpeq_epi16(Load(first), All(unit)), _mm_cmpeq_epi16(Load(second), All(unit)))));
     }
 
+    static unsigned ReadValueEnd(const WCHAR* first, const WCHAR* second) noexcept {
+        const Units bytes = _mm_packus_epi16(Load(first), Load(second));
+        return static_cast<unsigned>(
+            _mm_movemask_epi8(_mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(bytes, AllBytes(')')),
+                                                        _mm_cmpeq_epi8(bytes, AllBytes('\\'))),
+                                           _mm_or_si128(_mm_cmpeq_epi8(bytes, AllBytes('"')),
+                                                        _mm_cmpeq_epi8(bytes, AllBytes('\''))))));
+    }
+
     static unsigned ReadSpecial(const WCHAR* first, const WCHAR* second) noexcept {
         const Units bytes = _mm_packus_epi16(Load(first), Load(second));
         // Signed: what is no ASCII is negative or 0.
@@ -76,4 +85,4 @@ struct Sse2 {
 
 }  // namespace
 
-const SearchKernels kSse2Kernels = VectorSearch<Sse2>::kKernels;
+const SearchKernels kSse2Kernels = VectorSearch<Sse2, HalvesSearch<Sse2>>::kKernels;

@@ -70,7 +70,8 @@ bool StyleRewriter::Step() noexcept {
     AUX::WStringView value;
     at = ReadValue(at, quote, value);
     if (!at) return false;
-    const WCHAR* const close = FastestKernels().findUnit(at, end, TEXT(')'));
+    const WCHAR* const close =
+        *at == TEXT(')') ? at : FastestKernels().findUnit(at, end, TEXT(')'));
     if (close == end) return false;
     if (!value_.IsComplete() || !Resolve(value, quote)) {
         Splicer.Fail();
@@ -87,13 +88,16 @@ bool StyleRewriter::Step() noexcept {
 // plain one; only then the value is put together in value_.
 const WCHAR* StyleRewriter::ReadValue(const WCHAR* at, WCHAR quote,
                                       AUX::WStringView& value) noexcept {
+    const SearchKernels& kernels = FastestKernels();
+    const WCHAR* const end = End + 1;
     const WCHAR* const start = at;
     value_.Clear();
-    for (; at <= End; ++at) {
+    for (; (at = kernels.findValueEnd(at, end)) < end; ++at) {
         if (*at == TEXT('\\')) {
             if (!value_.Begin) value_.Init(start, End);
             value_.CopyUpTo(at);
             value_.SkipTo(++at);
+            if (at == end) return nullptr;
         } else if (*at == TEXT(')') || (quote && *at == quote)) {
             value = {start, static_cast<std::size_t>(at - start)};
             if (value_.Begin) {

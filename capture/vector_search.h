@@ -49,9 +49,51 @@ private:
     WCHAR units_[kBlock];
 };
 
-// Vector reads the masks of a block: ReadTags and ReadPair; and those of sixteen characters, of
-// which eight may stand apart: ReadUnit and ReadSpecial.
+// The searches whose way is short as a rule. Vector reads the masks of sixteen characters, of which
+// eight may stand apart: ReadValueEnd, ReadUnit and ReadSpecial.
 template <class Vector>
+class HalvesSearch {
+public:
+    static const WCHAR* FindValueEnd(const WCHAR* from, const WCHAR* end) noexcept {
+        if (end - from < kHalf) return kPlainKernels.findValueEnd(from, end);
+        return FindInHalves(from, end, Vector::ReadValueEnd);
+    }
+
+    static const WCHAR* FindUnit(const WCHAR* from, const WCHAR* end, WCHAR unit) noexcept {
+        if (end - from < kHalf) return kPlainKernels.findUnit(from, end, unit);
+        return FindInHalves(from, end, [unit](const WCHAR* first, const WCHAR* second) {
+            return Vector::ReadUnit(first, second, unit);
+        });
+    }
+
+    static const WCHAR* FindSpecial(const WCHAR* from, const WCHAR* end) noexcept {
+        if (end - from < kHalf) return kPlainKernels.findSpecial(from, end);
+        return FindInHalves(from, end, Vector::ReadSpecial);
+    }
+
+private:
+    static constexpr std::ptrdiff_t kHalf = 8;
+
+    // Reads eight characters and eight more at a time; there are eight at least.
+    template <class Read>
+    static const WCHAR* FindInHalves(const WCHAR* from, const WCHAR* end, Read read) noexcept {
+        for (;; from += 2 * kHalf) {
+            // The halves of the last step may overlap, and look at what has been looked at.
+            const std::ptrdiff_t left = end - from;
+            if (left < kHalf) from = end - kHalf;
+            const WCHAR* const second = left < 2 * kHalf ? end - kHalf : from + kHalf;
+            if (const unsigned mask = read(from, second)) {
+                const int place = std::countr_zero(mask);
+                return place < kHalf ? from + place : second + (place - kHalf);
+            }
+            if (left <= 2 * kHalf) return end;
+        }
+    }
+};
+
+// The other searches, and all of them. Vector reads the masks of a block: ReadTags and ReadPair.
+// Near has the short ones.
+template <class Vector, class Near>
 class VectorSearch {
 public:
     static TagPlace FindTag(const WCHAR* from, const WCHAR* end) noexcept {
@@ -109,46 +151,17 @@ public:
         return kPlainKernels.findPair(from, end, pair);
     }
 
-    static const WCHAR* FindUnit(const WCHAR* from, const WCHAR* end, WCHAR unit) noexcept {
-        if (end - from < kHalf) return kPlainKernels.findUnit(from, end, unit);
-        return FindInHalves(from, end, [unit](const WCHAR* first, const WCHAR* second) {
-            return Vector::ReadUnit(first, second, unit);
-        });
-    }
-
-    static const WCHAR* FindSpecial(const WCHAR* from, const WCHAR* end) noexcept {
-        if (end - from < kHalf) return kPlainKernels.findSpecial(from, end);
-        return FindInHalves(from, end, Vector::ReadSpecial);
-    }
-
-    static constexpr SearchKernels kKernels = {FindTag, FindPair, FindUnit, FindSpecial};
+    static constexpr SearchKernels kKernels = {FindTag, FindPair, Near::FindValueEnd,
+                                               Near::FindUnit, Near::FindSpecial};
 
 private:
-    static constexpr std::ptrdiff_t kHalf = 8;
-
-    // Reads eight characters and eight more at a time; there are eight at least.
-    template <class Read>
-    static const WCHAR* FindInHalves(const WCHAR* from, const WCHAR* end, Read read) noexcept {
-        for (;; from += 2 * kHalf) {
-            // The halves of the last step may overlap, and look at what has been looked at.
-            const std::ptrdiff_t left = end - from;
-            if (left < kHalf) from = end - kHalf;
-            const WCHAR* const second = left < 2 * kHalf ? end - kHalf : from + kHalf;
-            if (const unsigned mask = read(from, second)) {
-                const int place = std::countr_zero(mask);
-                return place < kHalf ? from + place : second + (place - kHalf);
-            }
-            if (left <= 2 * kHalf) return end;
-        }
-    }
-
     // The places that lie a distance behind those of a mask, of which some are of the block before.
     static Mask Behind(Mask mask, Mask before, int distance) noexcept {
         return mask << distance | before >> (kBlock - distance);
     }
 
     static TagPlace CloseBehind(const WCHAR* open, const WCHAR* from, const WCHAR* end) noexcept {
-        const WCHAR* const close = FindUnit(from, end, '>');
+        const WCHAR* const close = Near::FindUnit(from, end, '>');
         return close != end ? TagPlace{open, close} : TagPlace{};
     }
 };

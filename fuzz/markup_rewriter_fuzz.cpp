@@ -2,7 +2,6 @@
 
 #include "capture/search_kernels.h"
 #include "fuzz/rewriter_fuzz.h"
-#include "platform/processor.h"
 
 namespace {
 
@@ -30,9 +29,8 @@ bool HasScript(std::vector<WCHAR> text) {
 /// searches find the tags that the plain one finds.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::vector<WCHAR> text = MakeText(data, size);
-    RequireSamePlaces(kSse2Kernels, text);
-    if (IsProcessorFeaturePresent(PF_AVX2_INSTRUCTIONS_AVAILABLE)) {
-        RequireSamePlaces(kAvx2Kernels, text);
+    for (const SearchKernels* kernels : {&kSse2Kernels, &kAvx2Kernels, &kAvx512Kernels}) {
+        if (CanRun(*kernels)) RequireSamePlaces(*kernels, text);
     }
     Marker marker;
     MarkupRewriter rewriter;

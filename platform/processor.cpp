@@ -5,10 +5,15 @@
 namespace platform {
 
 // The compiler's own questions also ask the system; they are an extension that both builds have.
+bool HasAvx512Bytes() noexcept {
+    __builtin_cpu_init();  // It may be asked before the run-time has done so.
+    return __builtin_cpu_supports("avx512bw") != 0;
+}
+
 bool HasAvx512Compress() noexcept { return __builtin_cpu_supports("avx512vbmi2") != 0; }
 
 bool HasWideBitCount() noexcept {
-    __builtin_cpu_init();  // It may be asked before the run-time has done so.
+    __builtin_cpu_init();
     return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vpopcntdq");
 }
 

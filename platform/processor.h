@@ -8,8 +8,11 @@
 
 namespace platform {
 
-/// Tells whether the processor packs chosen bytes of a register of 64 closely (AVX-512 VBMI2) and
-/// the system lets programs use it. The system's own question does not know of it.
+/// Tells whether the processor works on 64 bytes or 32 characters at a time (AVX-512 BW) and the
+/// system lets programs use it. The system's own question does not know of it.
+[[nodiscard]] bool HasAvx512Bytes() noexcept;
+
+/// Likewise, whether it packs chosen bytes of a register of 64 closely (AVX-512 VBMI2).
 [[nodiscard]] bool HasAvx512Compress() noexcept;
 
 /// Likewise, whether it counts the bits of eight words of 64 bits at a time (AVX-512 VPOPCNTDQ).

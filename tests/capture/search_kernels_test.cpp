@@ -4,7 +4,6 @@
 #include <random>
 #include <vector>
 
-#include "platform/processor.h"
 #include "platform/text.h"
 
 namespace {
@@ -14,12 +13,13 @@ using Text = std::vector<WCHAR>;
 // Mostly what the searches look for, with some of what only looks like it.
 Text MakeText(std::mt19937& random) {
     static const platform::WideString kPieces[] = {
-        TEXT("<"),     TEXT(">"),      TEXT("<a "),     TEXT("<A>"),  TEXT("<im"),
-        TEXT("<li"),   TEXT("<link "), TEXT("<SCript"), TEXT("<!--"), TEXT("<!-"),
-        TEXT("-->"),   TEXT("yl"),     TEXT("sTYLe"),   TEXT("9,"),   TEXT("url("),
-        TEXT("u"),     TEXT("("),      TEXT("&"),       TEXT("'"),    TEXT("\""),
-        TEXT("<\x1"),  TEXT("<s"),     TEXT("c"),       TEXT("\x7F"), TEXT("\x80"),
-        TEXT("\x13C"), TEXT("\x813E"), TEXT("\xFF3C"),  TEXT("\x1F"), TEXT("<a\x8020"),
+        TEXT("<"),    TEXT(">"),        TEXT("<a "),     TEXT("<A>"),    TEXT("<im"),
+        TEXT("<li"),  TEXT("<link "),   TEXT("<SCript"), TEXT("<!--"),   TEXT("<!-"),
+        TEXT("-->"),  TEXT("yl"),       TEXT("sTYLe"),   TEXT("9,"),     TEXT("url("),
+        TEXT("u"),    TEXT("("),        TEXT("&"),       TEXT("'"),      TEXT("\""),
+        TEXT("<\x1"), TEXT("<s"),       TEXT("c"),       TEXT("\x7F"),   TEXT("\x80"),
+        TEXT("\\"),   TEXT(")"),        TEXT("\x13C"),   TEXT("\x813E"), TEXT("\xFF3C"),
+        TEXT("\x1F"), TEXT("<a\x8020"),
     };
     Text text;
     const std::size_t filling = 1 + random() % 40;
@@ -35,9 +35,7 @@ Text MakeText(std::mt19937& random) {
 class KernelsTest : public testing::TestWithParam<const SearchKernels*> {};
 
 TEST_P(KernelsTest, FindWhatThePlainOnesFind) {
-    if (GetParam() == &kAvx2Kernels && !IsProcessorFeaturePresent(PF_AVX2_INSTRUCTIONS_AVAILABLE)) {
-        GTEST_SKIP() << "not on this processor";
-    }
+    if (!CanRun(*GetParam())) GTEST_SKIP() << "not on this processor";
     const SearchKernels& kernels = *GetParam();
     constexpr CharacterPair kPairs[] = {
         {'u', 0x20, '(', 0, 3}, {'<', 0, 'p', 0x20, 6}, {'-', 0, '>', 0, 2}};
@@ -54,6 +52,7 @@ TEST_P(KernelsTest, FindWhatThePlainOnesFind) {
             ASSERT_EQ(found.close, tag.close);
             ASSERT_EQ(kernels.findSpecial(from, end), kPlainKernels.findSpecial(from, end));
             ASSERT_EQ(kernels.findUnit(from, end, '('), kPlainKernels.findUnit(from, end, '('));
+            ASSERT_EQ(kernels.findValueEnd(from, end), kPlainKernels.findValueEnd(from, end));
             for (const CharacterPair& pair : kPairs) {
                 ASSERT_EQ(kernels.findPair(from, end, pair),
                           kPlainKernels.findPair(from, end, pair));
@@ -65,6 +64,7 @@ TEST_P(KernelsTest, FindWhatThePlainOnesFind) {
     EXPECT_GT(places, 4000u);
 }
 
-INSTANTIATE_TEST_SUITE_P(Vectors, KernelsTest, testing::Values(&kSse2Kernels, &kAvx2Kernels));
+INSTANTIATE_TEST_SUITE_P(Vectors, KernelsTest,
+                         testing::Values(&kSse2Kernels, &kAvx2Kernels, &kAvx512Kernels));
 
 }  // namespace
