@@ -88,16 +88,18 @@ public:
         if (const Status status = source.Seek(mode, offset)) return status;
         const std::int64_t start = source.GetPosition();
         position = target;  // The source may be this very stream.
-        // What two ranges of one stream share must be read before it is overwritten.
-        const std::int64_t step = IsSameStore(source) ? std::min(length, source.GetSize() - start)
-                                                      : std::min(length, kCopyStep);
+        // What two ranges of one stream share must be read before it is overwritten, and what is
+        // written behind its end is not read again.
+        const bool isSame = IsSameStore(source);
+        const std::int64_t all = isSame ? std::min(length, source.GetSize() - start) : length;
+        const std::int64_t step = isSame ? all : std::min(length, kCopyStep);
         if (step < 1) return kStatusEndOfData;
         void* const buffer = Alloc(static_cast<std::size_t>(step));
         if (!buffer) return kStatusInsufficientMemory;
         const platform::ScopeExit freeBuffer([buffer] { Free(buffer); });
-        while (count < length) {
+        while (count < all) {
             std::int64_t taken = 0;
-            const Status hasRead = source.ReadAt(buffer, std::min(step, length - count),
+            const Status hasRead = source.ReadAt(buffer, std::min(step, all - count),
                                                  SeekMode::Start, start + count, taken);
             std::int64_t put = 0;
             const Status hasWritten = Write(buffer, taken, put);
@@ -106,7 +108,7 @@ public:
             if (IsFailure(hasRead)) return hasRead;
             if (taken == 0) return kStatusEndOfData;
         }
-        return kStatusOk;
+        return count < length ? kStatusEndOfData : kStatusOk;
     }
 
     [[nodiscard]] Status SetSize(std::int64_t newSize) noexcept override {
