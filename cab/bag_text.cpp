@@ -4,6 +4,7 @@
 
 #include "cab/json_text.h"
 #include "cab/text_form.h"
+#include "foundation/memory.h"
 #include "platform/unique_bstr.h"
 
 namespace AUX::CAB {
@@ -57,7 +58,10 @@ HRESULT FromJson(DataRoot* bag, WStringView text) noexcept {
         const JsonHandle node = ParseJson(text);
         const BagLockScope scope(*bag);
         RootSlot slot(*scope.Root());
-        return NodeToSlot(slot, *node) ? S_OK : E_FAIL;
+        const std::uint32_t refusedBefore = RefusedRequests();
+        const HRESULT result = NodeToSlot(slot, *node) ? S_OK : E_FAIL;
+        // An item only tells that it refuses, which its neighbours get over.
+        return RefusedRequests() == refusedBefore ? result : E_OUTOFMEMORY;
     });
 }
 

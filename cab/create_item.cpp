@@ -52,7 +52,7 @@ bool ReadArray(DataArray& array, DataReader& reader) noexcept {
                                                           : IsStoredObject(*from) ? Kind::Object
                                                                                   : from->GetKind())
                                      : nullptr;
-        if (child && !ReadItem(*child, *from)) array.DropLast();
+        if (child && !ReadItem(*child, *from)) array.DropAt(array.GetCount() - 1);
     }
     return true;
 }

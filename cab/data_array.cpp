@@ -184,9 +184,9 @@ bool DataArray::Move(std::int64_t first, std::int64_t to, std::int64_t count) no
     return true;
 }
 
-void DataArray::DropLast() noexcept {
-    delete children[children.Count() - 1];
-    children.RemoveAt(children.Count() - 1);
+void DataArray::DropAt(std::uint32_t index) noexcept {
+    delete children[index];
+    children.RemoveAt(index);
 }
 
 std::unique_ptr<DataItem> DataArray::NewElement(Kind kind) noexcept {

@@ -45,8 +45,8 @@ public:
     /// A run of none, or a place inside the run, changes nothing.
     /// \return false if the run or the place does not lie inside the array.
     [[nodiscard]] bool Move(std::int64_t first, std::int64_t to, std::int64_t count) noexcept;
-    /// Deletes the child, undoing its addition: no flags are set.
-    void DropLast() noexcept;
+    /// Deletes a child, undoing its addition: no flags are set.
+    void DropAt(std::uint32_t index) noexcept;
 
     /// What the template declares of each element; null if nothing.
     [[nodiscard]] const ItemSpec* ElementSpec() const noexcept { return elementSpec; }

@@ -82,28 +82,34 @@ DataItem* FindPart(DataItem& item, const PathPart& part) noexcept {
     return dictionary ? dictionary->Find(part.name) : nullptr;
 }
 
-DataItem* AddPart(DataItem& item, const PathPart& part, Kind kind) noexcept {
+/// \param growth  Notes the first of several that are added.
+DataItem* AddPart(DataItem& item, const PathPart& part, Kind kind, Growth& growth) noexcept {
+    Growth added = {&item, item.GetFlags(), -1, part.name};
+    DataItem* made = nullptr;
     if (part.isIndex) {
         DataArray* const array = item.AsArray();
-        return array ? array->InsertAt(-1, kind) : nullptr;
+        if (array) added.index = array->GetCount();
+        made = array ? array->InsertAt(-1, kind) : nullptr;
+    } else if (DataDictionary* const dictionary = item.AsDictionary()) {
+        made = dictionary->GetOrAdd(part.name.data() ? part.name.data() : TEXT(""),
+                                    static_cast<std::int64_t>(part.name.size()), kind);
     }
-    DataDictionary* const dictionary = item.AsDictionary();
-    if (!dictionary) return nullptr;
-    return dictionary->GetOrAdd(part.name.data() ? part.name.data() : TEXT(""),
-                                static_cast<std::int64_t>(part.name.size()), kind);
-}
-
-// Takes back what AddPart added first, with all that was made below it.
-void DropPart(DataItem& item, const PathPart& part, std::uint32_t oldFlags) noexcept {
-    if (part.isIndex) {
-        item.AsArray()->DropLast();
-    } else {
-        item.AsDictionary()->Drop(part.name);
-    }
-    item.SetFlags(oldFlags, ~0u);
+    if (made && !growth.parent) growth = added;
+    return made;
 }
 
 }  // namespace
+
+void Growth::Undo() noexcept {
+    if (!parent) return;
+    if (index >= 0) {
+        parent->AsArray()->DropAt(static_cast<std::uint32_t>(index));
+    } else {
+        parent->AsDictionary()->Drop(key);
+    }
+    parent->SetFlags(oldFlags, ~0u);
+    parent = nullptr;
+}
 
 DataItem* FindPath(DataItem& item, WStringView path) noexcept {
     if (!IsValid(path)) return nullptr;
@@ -114,14 +120,14 @@ DataItem* FindPath(DataItem& item, WStringView path) noexcept {
     return found;
 }
 
-DataItem* MakePath(DataItem& item, WStringView path, Kind kind, KindMatch match) noexcept {
+DataItem* MakePath(DataItem& item, WStringView path, Kind kind, KindMatch match,
+                   Growth* growth) noexcept {
+    if (growth) *growth = {};
     if (!IsValid(path)) return nullptr;
     PathReader reader(path);
     reader.Start();
     DataItem* at = item.Target(Kind::None);
-    DataItem* grown = nullptr;  // Where the first part was added, and how it was before.
-    PathPart grownPart;
-    std::uint32_t grownFlags = 0;
+    Growth grown;
     PathPart part;
     PathPart following;
     for (Step step = reader.Next(part); at && step == Step::Part; part = following) {
@@ -129,7 +135,7 @@ DataItem* MakePath(DataItem& item, WStringView path, Kind kind, KindMatch match)
         const bool isLast = step == Step::End;
         const Kind wanted = isLast ? kind : following.isIndex ? Kind::Array : Kind::Dictionary;
         // Nobody asked for the item itself, so that it is missing undoes nothing.
-        if (isLast && kind == Kind::None) grown = nullptr;
+        if (isLast && kind == Kind::None) grown = {};
         DataItem* next = FindPart(*at, part);
         if (next) {
             // An index finds its way through a dictionary too.
@@ -138,17 +144,12 @@ DataItem* MakePath(DataItem& item, WStringView path, Kind kind, KindMatch match)
                        : next->AsContainer() && (following.isIndex || next->AsDictionary());
             if (!fits) next = nullptr;
         } else if (wanted != Kind::None || at->AsArray()) {
-            const std::uint32_t oldFlags = at->GetFlags();
-            next = AddPart(*at, part, wanted);
-            if (next && !grown) {
-                grown = at;
-                grownPart = part;
-                grownFlags = oldFlags;
-            }
+            next = AddPart(*at, part, wanted, grown);
         }
         at = next;
     }
-    if (!at && grown) DropPart(*grown, grownPart, grownFlags);
+    if (!at) grown.Undo();
+    if (growth) *growth = grown;
     return at;
 }
 

@@ -21,13 +21,26 @@ enum class KindMatch : std::uint8_t {
     Strict,
 };
 
+/// What was added to a tree, so that it can be taken back while nothing else has changed there.
+struct Growth {
+    DataItem* parent = nullptr;  ///< Where the first item was added; null if none was.
+    std::uint32_t oldFlags = 0;  ///< The parent's, from before.
+    std::int64_t index = -1;     ///< Of an element; -1 for the child of a key.
+    WStringView key;             ///< A part of the path that it was made for.
+
+    /// Takes back that item with all that was made below it. The change count stays risen.
+    void Undo() noexcept;
+};
+
 /// Walks down and makes what is missing: dictionaries where a name follows, arrays where an index
 /// does, and at the end an item of `kind`. An index past the end of an array adds one element.
 /// With Kind::None the item itself is only looked up, unless it is an array's next one; containers
 /// on the way to it are made, and stay.
+/// \param growth  Gets what was made; may be null.
 /// \return null if that cannot be; what was made is then gone again, though the change count has
 ///         risen if something had been.
 [[nodiscard]] DataItem* MakePath(DataItem& item, WStringView path, Kind kind,
-                                 KindMatch match = KindMatch::AnyPresent) noexcept;
+                                 KindMatch match = KindMatch::AnyPresent,
+                                 Growth* growth = nullptr) noexcept;
 
 }  // namespace AUX::CAB

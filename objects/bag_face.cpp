@@ -70,7 +70,6 @@ HRESULT BagFace::With(Work work) noexcept {
     CAB::ClearNotice();
     BagLock root(*bag_);
     const HRESULT result = work(*root.Self());
-    if (result == S_OK) return CAB::GetNotice();
     return FAILED(result) && RefusedRequests() != refusedBefore ? E_OUTOFMEMORY : result;
 }
 

@@ -11,7 +11,7 @@ namespace AUX {
 /// The object of a bag, which it keeps alive. What concerns the bag as a whole takes the bag's
 /// lock, so that any thread may call it; the items it gives take none.
 ///
-/// Operations give the notice of the calling thread, as those of items do.
+/// A conversion on the way is no result of an operation here; the calling thread's notice tells it.
 class BagFace final : public DualBase<IBag>, public IBagLocker, LiveObject, public Allocated {
 public:
     /// \param bag     One reference, which is taken over.

@@ -103,7 +103,7 @@ HRESULT ItemFace::Reset() noexcept {
 HRESULT ItemFace::GetLastStatus(LONG* status) noexcept {
     if (!status) return E_POINTER;
     *status = CAB::GetNotice();
-    return S_OK;
+    return Item() ? S_OK : E_FAIL;
 }
 
 HRESULT ItemFace::GetFlags(LONG* flags) noexcept {
@@ -145,8 +145,12 @@ HRESULT ItemFace::IsEqual(IBagItem* other, VARIANT_BOOL* isEqual) noexcept {
 
 HRESULT ItemFace::Assign(IBagItem* source) noexcept {
     return With([&](DataItem& item) {
-        return WithOther(source,
-                         [&](DataItem& its) { return Accepted(item.Assign(&its, false, false)); });
+        return WithOther(source, [&](DataItem& its) {
+            const std::uint32_t refusedBefore = RefusedRequests();
+            if (!item.Assign(&its, false, false)) return E_INVALIDARG;
+            // Containers get over a child that refuses.
+            return RefusedRequests() == refusedBefore ? S_OK : E_OUTOFMEMORY;
+        });
     });
 }
 

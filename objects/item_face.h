@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cab/data_item.h"
+#include "cab/item_path.h"
 #include "objects/frame.h"
 
 namespace AUX {
@@ -67,7 +68,8 @@ public:
                                           IStream** value) noexcept override;
     HRESULT STDMETHODCALLTYPE GetObjectAt(LPCWSTR path, IUnknown* missing,
                                           IUnknown** value) noexcept override;
-    /// Makes what is missing at a path, of the kind that belongs to the type, and sets it.
+    /// Makes what is missing at a path, of the kind that belongs to the type, and sets it; makes
+    /// nothing for a value that is refused.
     HRESULT STDMETHODCALLTYPE SetBoolAt(LPCWSTR path, VARIANT_BOOL value) noexcept override;
     HRESULT STDMETHODCALLTYPE SetIntAt(LPCWSTR path, LONG value) noexcept override;
     HRESULT STDMETHODCALLTYPE SetInt64At(LPCWSTR path, LONGLONG value) noexcept override;
@@ -88,6 +90,8 @@ public:
     /// A new element of an array, before the one at an index, or else the item at a path.
     HRESULT STDMETHODCALLTYPE GetOrAdd(VARIANT key, LONG kind, IBagItem** item) noexcept override;
     HRESULT STDMETHODCALLTYPE Append(LONG kind, IBagItem** item) noexcept override;
+    /// Takes over the value, of containers what the source has. After E_OUTOFMEMORY what was taken
+    /// up to there stays.
     HRESULT STDMETHODCALLTYPE Assign(IBagItem* source) noexcept override;
     /// As DataArray::Move.
     HRESULT STDMETHODCALLTYPE Move(LONG first, LONG to, LONG count) noexcept override;
@@ -99,8 +103,8 @@ public:
     HRESULT STDMETHODCALLTYPE SetTemplateFromBuffer(const void* buffer, LONG size,
                                                     LPCWSTR root) noexcept override;
     HRESULT STDMETHODCALLTYPE KeyAt(LONG index, BSTR* key) noexcept override;
-    /// GetOrAdd, then the value; kind 0 means the value's own. An item that was there, or made for
-    /// a value that it refuses, stays as it is.
+    /// GetOrAdd, then the value; kind 0 means the value's own. Nothing is made for a value that is
+    /// refused.
     HRESULT STDMETHODCALLTYPE GetOrAddWithValue(VARIANT key, LONG kind, VARIANT value,
                                                 IBagItem** item) noexcept override;
     HRESULT STDMETHODCALLTYPE EnsureItem(VARIANT path, LONG kind,
@@ -140,12 +144,16 @@ private:
     ItemFace() noexcept : link_(*this) {}
     ~ItemFace() = default;
 
+    enum class Way : std::uint8_t { Made, AsItIs };
+    /// As Item. \param way  What happens to containers that are missing on the way.
+    HRESULT Lookup(const VARIANT& path, Way way, IBagItem** item) noexcept;
     /// A face without an item, so that memory runs out before anything is changed.
     [[nodiscard]] static platform::ComPtr<ItemFace> MakeSpare() noexcept;
     /// The object of an item; `spare` becomes it if there is none.
     [[nodiscard]] static platform::ComPtr<ItemFace> Bind(CAB::DataItem& item,
                                                          platform::ComPtr<ItemFace> spare) noexcept;
-    [[nodiscard]] CAB::DataItem* AddChild(const VARIANT& key, CAB::Kind kind) noexcept;
+    [[nodiscard]] CAB::DataItem* AddChild(const VARIANT& key, CAB::Kind kind,
+                                          CAB::Growth& growth) noexcept;
     template <class Work>
     HRESULT With(Work work) noexcept;
     template <class Work>

@@ -37,6 +37,7 @@ HRESULT ItemFace::SetTemplateFromBuffer(const void* buffer, LONG size, LPCWSTR r
 
 HRESULT ItemFace::SetTemplate(IUnknown* source, LPCWSTR root) noexcept {
     if (!source) return E_INVALIDARG;
+    if (!Item()) return E_FAIL;
     const platform::ComPtr<ItemFace> self(this);  // The client's stream may let go of it.
     platform::ComPtr<TemplateSetObject> set = TemplateSetObject::Behind(source);
     if (!set) {

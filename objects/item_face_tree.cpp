@@ -11,8 +11,23 @@ using CAB::DataArray;
 using CAB::DataDictionary;
 using CAB::DataItem;
 using CAB::Kind;
+using platform::ComPtr;
 
 HRESULT ItemFace::Item(VARIANT path, IBagItem** item) noexcept {
+    return Lookup(path, Way::Made, item);
+}
+
+HRESULT ItemFace::EnsureItem(VARIANT path, LONG kind, IBagItem** item) noexcept {
+    HRESULT result = Lookup(path, Way::AsItIs, item);
+    if (result != S_FALSE) return result;
+    result = kind == 0 ? E_INVALIDARG : (*item)->IsKind(kind);
+    if (SUCCEEDED(result)) return result;
+    (*item)->Release();
+    *item = nullptr;
+    return result;
+}
+
+HRESULT ItemFace::Lookup(const VARIANT& path, Way way, IBagItem** item) noexcept {
     if (!item) return E_POINTER;
     *item = nullptr;
     return With([&](DataItem& own) -> HRESULT {
@@ -23,27 +38,22 @@ HRESULT ItemFace::Item(VARIANT path, IBagItem** item) noexcept {
         }
         WString text;
         if (!PathOf(path, text) || text.IsEmpty()) return E_INVALIDARG;
-        DataItem* const found = CAB::MakePath(own, text, Kind::None);
-        if (found) {
+        if (DataItem* const found = CAB::FindPath(own, text)) {
             *item = Of(*found).Detach();
             return *item ? S_OK : E_OUTOFMEMORY;
         }
+        // Made first, so that memory runs out before containers are made.
+        ComPtr<ItemFace> face = MakeSpare();
         std::unique_ptr<PathItem> missing = PathItem::Make(own, text);
-        if (missing) *item = Of(*missing).Detach();
-        if (!*item) return E_OUTOFMEMORY;
-        (void)missing.release();  // Its face owns it.
+        if (!face || !missing) return E_OUTOFMEMORY;
+        if (DataItem* const made =
+                way == Way::Made ? CAB::MakePath(own, text, Kind::None) : nullptr) {
+            *item = Bind(*made, std::move(face)).Detach();
+            return S_OK;
+        }
+        *item = Bind(*missing.release(), std::move(face)).Detach();  // It owns the place.
         return S_FALSE;
     });
-}
-
-HRESULT ItemFace::EnsureItem(VARIANT path, LONG kind, IBagItem** item) noexcept {
-    HRESULT result = Item(path, item);
-    if (result != S_FALSE) return result;
-    result = kind == 0 ? E_INVALIDARG : (*item)->IsKind(kind);
-    if (SUCCEEDED(result)) return result;
-    (*item)->Release();
-    *item = nullptr;
-    return result;
 }
 
 HRESULT ItemFace::Exists(LPCWSTR path, LONG kind, VARIANT_BOOL* exists) noexcept {
@@ -85,15 +95,22 @@ HRESULT ItemFace::KeyAt(LONG index, BSTR* key) noexcept {
 
 // -- Adding
 
-DataItem* ItemFace::AddChild(const VARIANT& key, Kind kind) noexcept {
+DataItem* ItemFace::AddChild(const VARIANT& key, Kind kind, CAB::Growth& growth) noexcept {
     DataItem* const item = Item();
-    if (!item) return nullptr;
-    if (DataArray* const array = item->AsArray()) {
-        LONG index = -1;
-        return IsMissing(key) || IndexOf(key, index) ? array->InsertAt(index, kind) : nullptr;
+    DataArray* const array = item->AsArray();
+    if (!array) {
+        const WStringView path = TextOf(key);
+        if (path.empty()) return nullptr;
+        return CAB::MakePath(*item, path, kind, CAB::KindMatch::AnyPresent, &growth);
     }
-    const WStringView path = TextOf(key);
-    return path.empty() ? nullptr : CAB::MakePath(*item, path, kind);
+    LONG index = -1;
+    if (!IsMissing(key) && !IndexOf(key, index)) return nullptr;
+    const LONG count = static_cast<LONG>(array->GetCount());
+    if (index < 0 || index > count) index = count;
+    const CAB::Growth added = {array, array->GetFlags(), index, {}};
+    DataItem* const element = array->InsertAt(index, kind);
+    if (element) growth = added;
+    return element;
 }
 
 template <class Work>
@@ -101,7 +118,7 @@ HRESULT ItemFace::Adding(IBagItem** item, Work work) noexcept {
     if (!item) return E_POINTER;
     *item = nullptr;
     return With([&](DataItem&) -> HRESULT {
-        platform::ComPtr<ItemFace> spare = MakeSpare();
+        ComPtr<ItemFace> spare = MakeSpare();
         if (!spare) return E_OUTOFMEMORY;
         DataItem* const added = work();
         if (!added) return E_INVALIDARG;
@@ -111,14 +128,16 @@ HRESULT ItemFace::Adding(IBagItem** item, Work work) noexcept {
 }
 
 HRESULT ItemFace::GetOrAdd(VARIANT key, LONG kind, IBagItem** item) noexcept {
-    return Adding(item, [&] { return AddChild(key, static_cast<Kind>(kind)); });
+    CAB::Growth growth;
+    return Adding(item, [&] { return AddChild(key, static_cast<Kind>(kind), growth); });
 }
 
 HRESULT ItemFace::GetOrAddRaw(VARIANT key, LONG kind, void** item) noexcept {
     if (!item) return E_POINTER;
     *item = nullptr;
     return With([&](DataItem&) {
-        *item = AddChild(key, static_cast<Kind>(kind));
+        CAB::Growth growth;
+        *item = AddChild(key, static_cast<Kind>(kind), growth);
         return Accepted(*item);
     });
 }
@@ -126,13 +145,15 @@ HRESULT ItemFace::GetOrAddRaw(VARIANT key, LONG kind, void** item) noexcept {
 HRESULT ItemFace::GetOrAddWithValue(VARIANT key, LONG kind, VARIANT value,
                                     IBagItem** item) noexcept {
     const Kind wanted = kind ? static_cast<Kind>(kind) : KindOf(value);
-    const HRESULT result = Adding(item, [&] { return AddChild(key, wanted); });
+    CAB::Growth growth;
+    HRESULT result = Adding(item, [&] { return AddChild(key, wanted, growth); });
     if (FAILED(result)) return result;
-    const HRESULT isPut = (*item)->PutValueByPointer(&value);
-    if (SUCCEEDED(isPut)) return isPut;
+    result = (*item)->PutValueByPointer(&value);
+    if (SUCCEEDED(result)) return result;
     (*item)->Release();
     *item = nullptr;
-    return isPut;
+    growth.Undo();
+    return result;
 }
 
 HRESULT ItemFace::Append(LONG kind, IBagItem** item) noexcept {

@@ -209,8 +209,12 @@ HRESULT ItemFace::GetAt(LPCWSTR path, Value missing, Value* value, Give<Value> g
 template <class Value>
 HRESULT ItemFace::SetAt(LPCWSTR path, Kind kind, Value value, Take<Value> take) noexcept {
     return With([&](DataItem& item) {
-        DataItem* const made = CAB::MakePath(item, TextAt(path), kind);
-        return made ? take(*made, value) : E_INVALIDARG;
+        CAB::Growth growth;
+        DataItem* const made =
+            CAB::MakePath(item, TextAt(path), kind, CAB::KindMatch::AnyPresent, &growth);
+        const HRESULT result = made ? take(*made, value) : E_INVALIDARG;
+        if (FAILED(result)) growth.Undo();
+        return result;
     });
 }
 

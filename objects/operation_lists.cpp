@@ -57,7 +57,7 @@ HRESULT OperationList::Add(IUnknown* object) noexcept {
     CAB::DataItem* const added = array->InsertAt(-1, CAB::Kind::Object);
     if (!added) return E_OUTOFMEMORY;
     if (added->SetObject(object)) return S_OK;
-    array->DropLast();
+    array->DropAt(array->GetCount() - 1);
     return E_FAIL;
 }
 

@@ -30,6 +30,11 @@ DataItem* PathItem::Attach() noexcept {
     return copy.release();
 }
 
+bool PathItem::SetText(WStringView text) noexcept {
+    WString copy;
+    return copy.Assign(text) && Write(Kind::String).SetString(copy, true);
+}
+
 bool PathItem::IsOrphan() const noexcept {
     if (target_.IsSet()) return !target_.Get();
     return missingParent_ ? missingParent_->IsOrphan() : !parent_.Get();

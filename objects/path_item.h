@@ -18,6 +18,8 @@ public:
                                                         WStringView path) noexcept;
 
     [[nodiscard]] CAB::DataItem* Attach() noexcept override;
+    /// Makes no item when memory for the text runs out.
+    [[nodiscard]] bool SetText(WStringView text) noexcept override;
 
     /// Whether the item that it was bound to, or the one that its path begins at, has gone.
     [[nodiscard]] bool IsOrphan() const noexcept;
