@@ -23,7 +23,8 @@ VARIANT Of(VARTYPE kind, Payload payload) {
 
 /// What an item that took a value shows as a text; "refused" if it did not take it.
 std::string Taken(Kind kind, const VARIANT& value) {
-    const std::unique_ptr<CAB::DataItem> item = CAB::CreateItem(nullptr, nullptr, nullptr, nullptr, kind);
+    const std::unique_ptr<CAB::DataItem> item =
+        CAB::CreateItem(nullptr, nullptr, nullptr, nullptr, kind);
     UniqueVariant given, text;
     if (!item || !AUX::PutVariant(*item, value)) return "refused";
     EXPECT_EQ(AUX::GiveVariant(*item, *given.Put()), S_OK);
