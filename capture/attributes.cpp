@@ -16,19 +16,17 @@ const WCHAR* FindQuote(const WCHAR* at, const WCHAR* end, WCHAR quote) noexcept 
 const WCHAR* FindName(const WCHAR* at, const WCHAR* end, const WCHAR* name,
                       std::size_t nameLength) noexcept {
     const WCHAR first = ToLowerAscii(*name);
-    std::size_t matched = 0;
-    WCHAR wanted = first;
-    for (; static_cast<std::size_t>(end - at) >= nameLength - matched; ++at) {
-        const WCHAR unit = *at;
-        if (ToLowerAscii(unit) == wanted) {
-            if (++matched == nameLength) return at + 1;
-            wanted = ToLowerAscii(name[matched]);
-            continue;
+    for (; static_cast<std::size_t>(end - at) >= nameLength; ++at) {
+        if (ToLowerAscii(*at) == first) {
+            std::size_t matched = 1;
+            while (matched < nameLength && IsSameIgnoringCase(at[matched], name[matched])) {
+                ++matched;
+            }
+            at += matched;
+            if (matched == nameLength) return at;
         }
-        matched = 0;
-        wanted = first;
-        if (!IsQuote(unit)) continue;
-        at = FindQuote(at + 1, end, unit);
+        if (!IsQuote(*at)) continue;
+        at = FindQuote(at + 1, end, *at);
         if (at == end) return nullptr;
     }
     return nullptr;

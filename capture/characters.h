@@ -8,12 +8,16 @@ constexpr WCHAR ToLowerAscii(WCHAR unit) noexcept {
     return unit >= TEXT('A') && unit <= TEXT('Z') ? static_cast<WCHAR>(unit | 0x20) : unit;
 }
 
+constexpr bool IsSameIgnoringCase(WCHAR a, WCHAR b) noexcept {
+    return a == b || ToLowerAscii(a) == ToLowerAscii(b);
+}
+
 constexpr bool IsQuote(WCHAR unit) noexcept { return unit == TEXT('"') || unit == TEXT('\''); }
 
 /// The blanks of the C library on Windows: no line ends.
 constexpr bool IsBlank(WCHAR unit) noexcept {
-    return unit == TEXT(' ') || unit == TEXT('\t') || unit == 0xA0 || unit == 0x3000 ||
-           unit == 0xFEFF;
+    if (unit < 0xA0) return unit == TEXT(' ') || unit == TEXT('\t');
+    return unit == 0xA0 || unit == 0x3000 || unit == 0xFEFF;
 }
 
 /// What stands in encoded text as it is.

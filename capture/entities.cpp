@@ -84,32 +84,6 @@ WCHAR* Put(AUX::WStringView text, WCHAR* to) noexcept {
     return to + text.size();
 }
 
-// Does with each character of a text what the encoding says of it. The sink takes plain stretches
-// and names as `Text`, numbers as `Number`.
-template <class Sink>
-void Encode(AUX::WStringView text, Sink& sink) noexcept {
-    const SearchKernels& kernels = FastestKernels();
-    const WCHAR* const end = text.data() + text.size();
-    for (const WCHAR* at = text.data(); at != end;) {
-        const WCHAR* const plainEnd = kernels.findSpecial(at, end);
-        if (plainEnd != at) sink.Text({at, static_cast<std::size_t>(plainEnd - at)});
-        at = plainEnd;
-        if (at == end) return;
-        const std::uint32_t unit = *at++;
-        const auto named = std::find_if(std::begin(kNamed), std::end(kNamed),
-                                        [&](const auto& n) { return n.character == unit; });
-        if (named != std::end(kNamed)) {
-            sink.Text(named->reference);
-        } else if (unit == 9 || unit == 10 || unit == 13) {
-            sink.Number(unit);
-        } else if (IsHigh(unit) && at != end && IsLow(*at)) {
-            sink.Number(0x10000 + ((unit - 0xD800) << 10) + (*at++ - 0xDC00u));
-        } else if (unit >= 128 && unit < 0xFFFE && !IsSurrogate(unit)) {
-            sink.Number(unit);
-        }
-    }
-}
-
 // A number above 0 as "&#N;".
 class NumberText {
 public:
@@ -126,18 +100,6 @@ public:
 private:
     WCHAR units_[10];  // The last code point has seven digits.
     WCHAR* first_ = std::end(units_);
-};
-
-struct LengthSink {
-    void Text(AUX::WStringView text) noexcept { length += text.size(); }
-    void Number(std::uint32_t value) noexcept { length += NumberText(value).Text().size(); }
-    std::uint64_t length = 0;
-};
-
-struct WriteSink {
-    void Text(AUX::WStringView text) noexcept { to = Put(text, to); }
-    void Number(std::uint32_t value) noexcept { to = Put(NumberText(value).Text(), to); }
-    WCHAR* to;
 };
 
 }  // namespace
@@ -166,22 +128,18 @@ bool DecodeEntities(const WCHAR* text, std::int64_t length, AUX::WString& output
 }
 
 bool EncodeEntities(const WCHAR* text, std::int64_t length, AUX::WString& output) noexcept {
-    const AUX::WStringView source = View(text, length);
-    output.Clear();
-    LengthSink size;
-    Encode(source, size);
-    if (size.length > AUX::WString::kMaxLength ||
-        !output.SetLength(static_cast<std::uint32_t>(size.length))) {
-        return false;
-    }
-    WriteSink writer{output.Data()};
-    Encode(source, writer);
-    return true;
+    TextSplicer splicer;
+    splicer.Output.Swap(output);
+    splicer.Output.Clear();
+    AppendEncoded(splicer, View(text, length));
+    if (!splicer.IsComplete()) splicer.Output.Free();
+    splicer.Output.Swap(output);
+    return splicer.IsComplete();
 }
 
 std::optional<AUX::WStringView> Decoded(AUX::WStringView text, AUX::WString& storage) noexcept {
     const WCHAR* const end = text.data() + text.size();
-    if (FastestKernels().findSpecial(text.data(), end) == end) return text;
+    if (FastestKernels().findUnit(text.data(), end, TEXT('&')) == end) return text;
     if (!DecodeEntities(text.data(), static_cast<std::int64_t>(text.size()), storage)) {
         return std::nullopt;
     }
@@ -189,10 +147,25 @@ std::optional<AUX::WStringView> Decoded(AUX::WStringView text, AUX::WString& sto
 }
 
 void AppendEncoded(TextSplicer& splicer, AUX::WStringView text) noexcept {
-    struct {
-        void Text(AUX::WStringView piece) noexcept { splicer.Append(piece); }
-        void Number(std::uint32_t value) noexcept { splicer.Append(NumberText(value).Text()); }
-        TextSplicer& splicer;
-    } sink{splicer};
-    Encode(text, sink);
+    const SearchKernels& kernels = FastestKernels();
+    const WCHAR* const end = text.data() + text.size();
+    for (const WCHAR* at = text.data(); at != end;) {
+        const WCHAR* const plainEnd = kernels.findSpecial(at, end);
+        splicer.Append({at, static_cast<std::size_t>(plainEnd - at)});
+        at = plainEnd;
+        if (at == end) return;
+        const std::uint32_t unit = *at++;
+        const auto named = std::find_if(std::begin(kNamed), std::end(kNamed),
+                                        [&](const auto& n) { return n.character == unit; });
+        if (named != std::end(kNamed)) {
+            splicer.Append(named->reference);
+        } else if (unit == 9 || unit == 10 || unit == 13) {
+            splicer.Append(NumberText(unit).Text());
+        } else if (IsHigh(unit) && at != end && IsLow(*at)) {
+            splicer.Append(
+                NumberText(0x10000 + ((unit - 0xD800) << 10) + (*at++ - 0xDC00u)).Text());
+        } else if (unit >= 128 && unit < 0xFFFE && !IsSurrogate(unit)) {
+            splicer.Append(NumberText(unit).Text());
+        }
+    }
 }

@@ -28,14 +28,9 @@ TagPlace FindTag(const WCHAR* from, const WCHAR* end) noexcept {
     }
 }
 
-const WCHAR* FindPair(const WCHAR* from, const WCHAR* end, const CharacterPair& pair) noexcept {
-    for (; static_cast<std::size_t>(end - from) > pair.distance; ++from) {
-        if ((*from | pair.firstFold) == pair.first &&
-            (from[pair.distance] | pair.secondFold) == pair.second) {
-            return from;
-        }
-    }
-    return nullptr;
+const WCHAR* FindSign(const WCHAR* from, const WCHAR* end, const SoughtSign& sought) noexcept {
+    while (from != end && !(*from == sought.sign && HasOther(from, sought))) ++from;
+    return from;
 }
 
 const WCHAR* FindValueEnd(const WCHAR* from, const WCHAR* end) noexcept {
@@ -54,7 +49,7 @@ const WCHAR* FindSpecial(const WCHAR* from, const WCHAR* end) noexcept {
 
 }  // namespace
 
-const SearchKernels kPlainKernels = {FindTag, FindPair, FindValueEnd, FindUnit, FindSpecial};
+const SearchKernels kPlainKernels = {FindTag, FindSign, FindValueEnd, FindUnit, FindSpecial};
 
 constinit std::atomic<const SearchKernels*> chosenKernels{nullptr};
 

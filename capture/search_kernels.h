@@ -16,14 +16,12 @@ struct TagPlace {
     const WCHAR* close = nullptr;  ///< The tag's '>'; null for a comment.
 };
 
-/// Two printable ASCII characters at a distance. A fold of 0x20 finds a small letter in both cases,
-/// one of 0 a character as it is.
-struct CharacterPair {
-    char first;
-    char firstFold;
-    char second;
-    char secondFold;
-    std::size_t distance;
+/// A sign of ASCII that counts only where another character stands at a distance from it. That one
+/// is a sign or a small letter, and is found in both cases: its bit 0x20 is not looked at.
+struct SoughtSign {
+    char sign;
+    char other;
+    std::ptrdiff_t distance;  ///< From the sign; negative for a character before it.
 };
 
 struct SearchKernels {
@@ -32,9 +30,10 @@ struct SearchKernels {
     /// without a '>' behind it ends the search.
     TagPlace (*findTag)(const WCHAR* from, const WCHAR* end) noexcept;
 
-    /// Finds the first character of a pair that lies before `end` whole, or null.
-    const WCHAR* (*findPair)(const WCHAR* from, const WCHAR* end,
-                             const CharacterPair& pair) noexcept;
+    /// Finds a sign, or `end`. The text goes on at least by the distance before `from`, or behind
+    /// `end`: there the other character may stand.
+    const WCHAR* (*findSign)(const WCHAR* from, const WCHAR* end,
+                             const SoughtSign& sought) noexcept;
 
     /// Finds the first of ")", quotes and backslash, or `end`.
     const WCHAR* (*findValueEnd)(const WCHAR* from, const WCHAR* end) noexcept;

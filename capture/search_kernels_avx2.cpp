@@ -55,17 +55,11 @@ struct Avx2 {
                 find(lowFolded, highFolded, 'l')};
     }
 
-    static Mask ReadPair(const WCHAR* block, const CharacterPair& pair) noexcept {
+    static Mask ReadSign(const WCHAR* block, char sign) noexcept {
         // Of 32 characters, in the order of packing. What is no ASCII becomes 0 or 255.
-        const auto compare = [&](const WCHAR* text) {
-            const WCHAR* const behind = text + pair.distance;
-            const Units first = _mm256_packus_epi16(Load(text), Load(text + 16));
-            const Units second = _mm256_packus_epi16(Load(behind), Load(behind + 16));
-            return _mm256_and_si256(
-                _mm256_cmpeq_epi8(_mm256_or_si256(first, AllBytes(pair.firstFold)),
-                                  AllBytes(pair.first)),
-                _mm256_cmpeq_epi8(_mm256_or_si256(second, AllBytes(pair.secondFold)),
-                                  AllBytes(pair.second)));
+        const auto compare = [sign](const WCHAR* text) {
+            return _mm256_cmpeq_epi8(_mm256_packus_epi16(Load(text), Load(text + 16)),
+                                     AllBytes(sign));
         };
         const Units low = compare(block);
         const Units high = compare(block + 32);

@@ -40,15 +40,10 @@ struct Avx512 {
                 _mm512_cmpeq_epi8_mask(folded, AllBytes('l'))};
     }
 
-    static Mask ReadPair(const WCHAR* block, const CharacterPair& pair) noexcept {
-        const auto compare = [&](const WCHAR* text) {
-            const __mmask32 first = _mm512_cmpeq_epi16_mask(
-                _mm512_or_si512(Load(text), All(pair.firstFold)), All(pair.first));
-            return _mm512_mask_cmpeq_epi16_mask(
-                first, _mm512_or_si512(Load(text + pair.distance), All(pair.secondFold)),
-                All(pair.second));
-        };
-        return Mask{compare(block)} | Mask{compare(block + kUnits)} << kUnits;
+    static Mask ReadSign(const WCHAR* block, char sign) noexcept {
+        const __mmask32 low = _mm512_cmpeq_epi16_mask(Load(block), All(sign));
+        const __mmask32 high = _mm512_cmpeq_epi16_mask(Load(block + kUnits), All(sign));
+        return Mask{low} | Mask{high} << kUnits;
     }
 };
 

@@ -39,18 +39,12 @@ struct Sse2 {
         return masks;
     }
 
-    static Mask ReadPair(const WCHAR* block, const CharacterPair& pair) noexcept {
+    static Mask ReadSign(const WCHAR* block, char sign) noexcept {
         Mask mask = 0;
         for (int at = 0; at < kBlock; at += 16) {
-            const WCHAR* const text = block + at;
-            const WCHAR* const behind = text + pair.distance;
-            const Units first = _mm_packus_epi16(Load(text), Load(text + 8));
-            const Units second = _mm_packus_epi16(Load(behind), Load(behind + 8));
-            const Units found = _mm_and_si128(
-                _mm_cmpeq_epi8(_mm_or_si128(first, AllBytes(pair.firstFold)), AllBytes(pair.first)),
-                _mm_cmpeq_epi8(_mm_or_si128(second, AllBytes(pair.secondFold)),
-                               AllBytes(pair.second)));
-            mask |= Mask{static_cast<unsigned>(_mm_movemask_epi8(found))} << at;
+            const Units bytes = _mm_packus_epi16(Load(block + at), Load(block + at + 8));
+            const int found = _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, AllBytes(sign)));
+            mask |= Mask{static_cast<unsigned>(found)} << at;
         }
         return mask;
     }

@@ -1,13 +1,17 @@
 #pragma once
 
-#include "platform/base.h"
+#include "capture/search_kernels.h"
 
-/// What the search for tags asks of the text behind a '<'. Internal to the search: each form of it
-/// compiles its own copy, for its own processor.
+/// What the searches ask of the text around a sign. Internal to them: each form compiles its own
+/// copy, for its own processor.
 namespace {
 
 // A letter that is one of two cases of `small`.
 constexpr bool IsLetter(WCHAR unit, char small) noexcept { return (unit | 0x20) == small; }
+
+bool HasOther(const WCHAR* place, const SoughtSign& sought) noexcept {
+    return IsLetter(place[sought.distance], sought.other);
+}
 
 bool IsComment(const WCHAR* tag, const WCHAR* end) noexcept {
     return end - tag >= 3 && tag[0] == '!' && tag[1] == '-' && tag[2] == '-';

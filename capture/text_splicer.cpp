@@ -31,6 +31,7 @@ bool TextSplicer::Grow(std::size_t units) noexcept {
     const std::uint64_t length = Output.Length();
     if (units > kMost - length) return false;
     const std::uint64_t needed = length + units;
-    return Output.Reserve(static_cast<std::uint32_t>(std::min(needed + length / 2, kMost))) ||
-           Output.Reserve(static_cast<std::uint32_t>(needed));
+    const std::uint64_t wanted = std::min(needed + length / 2, kMost);
+    return Output.Reserve(static_cast<std::uint32_t>(wanted)) ||
+           (needed < wanted && Output.Reserve(static_cast<std::uint32_t>(needed)));
 }

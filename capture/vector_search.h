@@ -91,7 +91,7 @@ private:
     }
 };
 
-// The other searches, and all of them. Vector reads the masks of a block: ReadTags and ReadPair.
+// The other searches, and all of them. Vector reads the masks of a block: ReadTags and ReadSign.
 // Near has the short ones.
 template <class Vector, class Near>
 class VectorSearch {
@@ -139,19 +139,20 @@ public:
         return {};
     }
 
-    static const WCHAR* FindPair(const WCHAR* from, const WCHAR* end,
-                                 const CharacterPair& pair) noexcept {
-        const std::ptrdiff_t reach = kBlock + static_cast<std::ptrdiff_t>(pair.distance);
-        for (; end - from >= reach; from += kBlock) {
+    // The sign should be rare, so that asking for the other character costs little.
+    static const WCHAR* FindSign(const WCHAR* from, const WCHAR* end,
+                                 const SoughtSign& sought) noexcept {
+        for (; end - from >= kBlock; from += kBlock) {
             ReadAhead(from);
-            if (const Mask mask = Vector::ReadPair(from, pair)) {
-                return from + std::countr_zero(mask);
+            for (Mask signs = Vector::ReadSign(from, sought.sign); signs; signs &= signs - 1) {
+                const WCHAR* const place = from + std::countr_zero(signs);
+                if (HasOther(place, sought)) return place;
             }
         }
-        return kPlainKernels.findPair(from, end, pair);
+        return kPlainKernels.findSign(from, end, sought);
     }
 
-    static constexpr SearchKernels kKernels = {FindTag, FindPair, Near::FindValueEnd,
+    static constexpr SearchKernels kKernels = {FindTag, FindSign, Near::FindValueEnd,
                                                Near::FindUnit, Near::FindSpecial};
 
 private:

@@ -1,5 +1,7 @@
 #include "capture/search_kernels.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <random>
 #include <vector>
@@ -37,8 +39,7 @@ class KernelsTest : public testing::TestWithParam<const SearchKernels*> {};
 TEST_P(KernelsTest, FindWhatThePlainOnesFind) {
     if (!CanRun(*GetParam())) GTEST_SKIP() << "not on this processor";
     const SearchKernels& kernels = *GetParam();
-    constexpr CharacterPair kPairs[] = {
-        {'u', 0x20, '(', 0, 3}, {'<', 0, 'p', 0x20, 6}, {'-', 0, '>', 0, 2}};
+    constexpr SoughtSign kSigns[] = {{'(', 'u', -3}, {'<', 'p', 6}, {'>', '-', -2}};
     std::mt19937 random(11);
     std::size_t places = 0;
     for (int run = 0; run < 4000; ++run) {
@@ -53,9 +54,12 @@ TEST_P(KernelsTest, FindWhatThePlainOnesFind) {
             ASSERT_EQ(kernels.findSpecial(from, end), kPlainKernels.findSpecial(from, end));
             ASSERT_EQ(kernels.findUnit(from, end, '('), kPlainKernels.findUnit(from, end, '('));
             ASSERT_EQ(kernels.findValueEnd(from, end), kPlainKernels.findValueEnd(from, end));
-            for (const CharacterPair& pair : kPairs) {
-                ASSERT_EQ(kernels.findPair(from, end, pair),
-                          kPlainKernels.findPair(from, end, pair));
+            for (const SoughtSign& sign : kSigns) {
+                if (end - from < std::abs(sign.distance)) continue;
+                const WCHAR* const first = from - std::min<std::ptrdiff_t>(sign.distance, 0);
+                const WCHAR* const last = end - std::max<std::ptrdiff_t>(sign.distance, 0);
+                ASSERT_EQ(kernels.findSign(first, last, sign),
+                          kPlainKernels.findSign(first, last, sign));
             }
             from = tag.open ? tag.open + 1 : nullptr;
             places += tag.open != nullptr;
