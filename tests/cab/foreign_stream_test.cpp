@@ -34,7 +34,8 @@ public:
         return calls_++ == failing ? E_ACCESSDENIED : own_->Read(to, std::min(size, kMost), done);
     }
     HRESULT STDMETHODCALLTYPE Write(const void* from, ULONG size, ULONG* done) noexcept override {
-        return calls_++ == failing ? E_ACCESSDENIED : own_->Write(from, std::min(size, kMost), done);
+        return calls_++ == failing ? E_ACCESSDENIED
+                                   : own_->Write(from, std::min(size, kMost), done);
     }
     HRESULT STDMETHODCALLTYPE Seek(LARGE_INTEGER by, DWORD from,
                                    ULARGE_INTEGER* place) noexcept override {
