@@ -248,7 +248,10 @@ std::size_t FormatJsonNumber(double value, WCHAR* out) noexcept {
     constexpr double kTwo63 = 9223372036854775808.0;
     char digits[kMaxNumberUnits + 1];
     char* const last = digits + kMaxNumberUnits;
-    if (!std::isfinite(value)) return Widen("null", "null" + 4, out);
+    if (!std::isfinite(value)) {
+        static constexpr char kNull[] = {'n', 'u', 'l', 'l'};
+        return Widen(std::begin(kNull), std::end(kNull), out);
+    }
     if (value >= 0 && value < 2 * kTwo63 && value - std::trunc(value) < kNear) {
         return Widen(digits, std::to_chars(digits, last, static_cast<std::uint64_t>(value)).ptr,
                      out);

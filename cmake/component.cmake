@@ -21,7 +21,9 @@ if(QUVADA_SANITIZE)
     endif()
     # The instrumented code hides value ranges from the compiler, which then warns of conversions
     # that it can prove harmless in the plain builds.
-    target_compile_options(qvd_flags INTERFACE ${sanitize} -O1 -Wno-conversion)
+    target_compile_options(qvd_flags INTERFACE ${sanitize} -O1 -Wno-conversion
+        # Options for one compiler are unknown to the other.
+        $<$<CXX_COMPILER_ID:Clang>:-Wno-unknown-warning-option>)
     target_link_options(qvd_flags INTERFACE ${sanitize})
 endif()
 

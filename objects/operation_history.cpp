@@ -101,8 +101,8 @@ public:
         if (--history_.changeDepth > 0) return;
         // The listener may let go of the history, or of itself.
         const platform::ComPtr<OperationHistory> kept(&history_);
-        const platform::ComPtr<IHistoryListener> listener(history_.listener);
-        if (listener) (void)listener->OnHistoryChanged(&history_);  // It only watches.
+        const platform::ComPtr<IHistoryListener> told(history_.listener);
+        if (told) (void)told->OnHistoryChanged(&history_);  // It only watches.
     }
     ChangeScope(const ChangeScope&) = delete;
     ChangeScope& operator=(const ChangeScope&) = delete;

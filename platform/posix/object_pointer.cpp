@@ -28,7 +28,8 @@ bool IsInModule(const void* place, unsigned flags) noexcept {
 }
 
 // A text may end within the word; the rest of the aligned word is there all the same.
-[[gnu::no_sanitize("address", "thread")]] const void* const* FirstWord(const void* pointer) {
+__attribute__((no_sanitize("address", "thread"))) const void* const* FirstWord(
+    const void* pointer) {
     return *static_cast<const void* const* const*>(pointer);
 }
 
