@@ -10,6 +10,11 @@ struct BagRect {
     double left = 0, top = 0, right = 0, bottom = 0;
 };
 
+/// Whether width or height, top less bottom, is not above 0.
+[[nodiscard]] constexpr bool IsEmptyRect(const BagRect& rect) noexcept {
+    return !(rect.right - rect.left > 0 && rect.top - rect.bottom > 0);
+}
+
 /// Reads the four items in their order; one that is missing, or is no number, reads as 0.0. Adds
 /// nothing to the dictionary. The caller holds the bag's lock.
 [[nodiscard]] BagRect LoadBagRect(CAB::DataDictionary& from) noexcept;
