@@ -5,6 +5,7 @@
 #include "objects/color_value.h"
 #include "objects/keyword_objects.h"
 #include "objects/operation_history.h"
+#include "objects/page_range_object.h"
 #include "objects/progress_slice.h"
 #include "objects/value_objects.h"
 
@@ -19,13 +20,6 @@ union RootPlace {
     RootObject root;
 };
 constinit RootPlace place;
-
-// What belongs to classes that have no object: tells a host so, after the rule of out pointers.
-HRESULT NotThere(IUnknown** result) noexcept {
-    if (!result) return E_POINTER;
-    *result = nullptr;
-    return E_NOTIMPL;
-}
 
 }  // namespace
 
@@ -186,7 +180,9 @@ HRESULT RootObject::GetMath(IUnknown** result) noexcept {
     return *result ? S_OK : E_OUTOFMEMORY;
 }
 
-HRESULT RootObject::NewPageRange(IUnknown** range) noexcept { return NotThere(range); }
+HRESULT RootObject::NewPageRange(IPageRange** range) noexcept {
+    return MakeInto<PageRangeObject>(range);
+}
 
 namespace {
 

@@ -12,8 +12,7 @@ namespace AUX {
 
 /// The way into the family: one static object that makes the others and offers the library's
 /// services. It isn't counted: AddRef and Release give 1. Any thread, from StartObjects to
-/// EndObjects. The maker of page ranges belongs to a class that has no object yet, and gives
-/// E_NOTIMPL.
+/// EndObjects.
 class RootObject final : public DualBase<IRootObject> {
 public:
     constexpr RootObject() noexcept = default;
@@ -57,7 +56,7 @@ public:
     HRESULT STDMETHODCALLTYPE NewText(BSTR text, IText** result) noexcept override;
     HRESULT STDMETHODCALLTYPE NewSignal(ISignal** signal) noexcept override;
     HRESULT STDMETHODCALLTYPE NewIntArray(IIntArray** array) noexcept override;
-    HRESULT STDMETHODCALLTYPE NewPageRange(IUnknown** range) noexcept override;
+    HRESULT STDMETHODCALLTYPE NewPageRange(IPageRange** range) noexcept override;
     /// Words as AUX::SplitWords cuts them. \return S_FALSE, and null, for an empty text.
     HRESULT STDMETHODCALLTYPE SplitWords(BSTR text, IStringArray** words) noexcept override;
     HRESULT STDMETHODCALLTYPE NewBagFromTemplateStream(IUnknown* stream, LPCWSTR root,

@@ -57,7 +57,7 @@ private:
 using FamilyTypes =
     Types<IRootObject, IIntArray, IDoubleArray, IStringArray, IValueArray, IObjectsArray,
           IObjectList, IBitSet, IText, IMemoryBlock, ISignal, IProgress, IProgressSlice,
-          IHistoryStep, IOperationHistory, IMessageEvent, IColorValue, IKeywordTable,
+          IHistoryStep, IOperationHistory, IMessageEvent, IColorValue, IPageRange, IKeywordTable,
           IHashedKeywordTable, IBag, IBagItem, ITemplateSet, IBagFactory>;
 
 }  // namespace

@@ -87,6 +87,22 @@ expect("a name", table.GetValue("BEST"), 2);
 expect("no name", table.GetValue("worst"), 1);
 expect("hashed", root.NewHashedKeywordTable("a:4", 0, 9, 0, "", true).GetValue("a"), 4);
 
+// Pages and a colour.
+var range = root.NewPageRange();
+range.SetPageCount(10);
+range.SetText("1-3, 7");
+range.SetType(6);
+expect("pages", content(range.ToPageList(false)), "0|1|2|6");
+expect("the first", range.First(), 0);
+var walked = [];
+for (var page = range.First(); page >= 0; page = range.Next(false, false)) walked.push(page);
+expect("walked", walked.join("|"), "0|1|2|6");
+var ink = root.NewColor(0);
+ink.SetText("#FF8000");
+ink.SetKind(1);
+expect("ink", ink.GetText(), "CMYK(0,0.498,1,0)");
+expect("seen", ink.GetColorRef() >>> 0, 0xFF0080FF);
+
 // A share of the host's progress.
 meter.SetRange(100);
 meter.SetPosition(20);

@@ -150,8 +150,8 @@ protected:
             std::string expected;
         };
         static const std::map<std::string, VARTYPE> kKinds = {
-            {"i4", VT_I4}, {"ui4", VT_UI4}, {"i8", VT_I8},    {"ui8", VT_UI8},
-            {"r8", VT_R8}, {"r4", VT_R4},   {"bstr", VT_BSTR}};
+            {"i4", VT_I4}, {"ui4", VT_UI4}, {"i8", VT_I8},     {"ui8", VT_UI8},
+            {"r8", VT_R8}, {"r4", VT_R4},   {"bool", VT_BOOL}, {"bstr", VT_BSTR}};
         std::vector<VARIANT> arguments;
         std::vector<std::unique_ptr<Place>> places;
         std::istringstream in(words);
