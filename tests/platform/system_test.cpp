@@ -4,6 +4,7 @@
 #include <thread>
 #include <vector>
 
+#include "platform/locale.h"
 #include "platform/sync.h"
 #include "platform/testing.h"
 #include "platform/time.h"
@@ -12,6 +13,19 @@
 
 namespace platform {
 namespace {
+
+TEST(UserLocale, TellsItsPaperAsANumberInTwoCharacters) {
+    constexpr LCTYPE kQuestion = LOCALE_IPAPERSIZE | LOCALE_RETURN_NUMBER;
+    WCHAR room[] = {0, 0, 7};
+    EXPECT_EQ(GetLocaleInfoW(LOCALE_USER_DEFAULT, kQuestion, nullptr, 0), 2);
+    EXPECT_EQ(GetLocaleInfoW(LOCALE_USER_DEFAULT, kQuestion, room, 1), 0);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INSUFFICIENT_BUFFER));
+    ASSERT_EQ(GetLocaleInfoW(LOCALE_USER_DEFAULT, kQuestion, room, 3), 2);
+    DWORD paper = 0;
+    std::memcpy(&paper, room, sizeof paper);
+    EXPECT_TRUE(paper == 1 || paper == 5 || paper == 8 || paper == 9) << paper;
+    EXPECT_EQ(room[2], 7) << "no text, so no end of one";
+}
 
 TEST(Events, StayOrGoAsTheyWereMade) {
     const KernelHandle manual(CreateEventW(nullptr, TRUE, FALSE, nullptr));
