@@ -198,10 +198,17 @@ protected:
         FUNCDESC* function = nullptr;
         for (UINT i = 0; SUCCEEDED(info->GetFuncDesc(i, &function)); ++i) {
             constexpr int kInherited = 7 * sizeof(void*);
-            UniqueBstr member;
-            UINT count = 0;
-            EXPECT_EQ(info->GetNames(function->memid, member.Put(), 1, &count), S_OK);
-            if (function->oVft >= kInherited) members.insert(face + "." + TextOf(member.Get()));
+            UniqueBstr member, help;
+            EXPECT_EQ(
+                info->GetDocumentation(function->memid, member.Put(), help.Put(), nullptr, nullptr),
+                S_OK);
+            if (function->oVft >= kInherited) {
+                // Numbers follow the slots, and never change.
+                const auto slot = (function->oVft - kInherited) / static_cast<int>(sizeof(void*));
+                EXPECT_EQ(function->memid, slot + 1) << TextOf(member.Get());
+                EXPECT_GT(SysStringLen(help.Get()), 5u) << TextOf(member.Get());
+                members.insert(face + "." + TextOf(member.Get()));
+            }
             info->ReleaseFuncDesc(function);
         }
         return members;
