@@ -28,7 +28,7 @@ constexpr bool IsPlainAscii(WCHAR unit) noexcept {
 
 /// The white space of the C library on Windows.
 constexpr bool IsSpace(WCHAR unit) noexcept {
-    return unit == TEXT(' ') || (unit >= 9 && unit <= 13) || unit == 0xA0 || unit == 0x1680 ||
-           (unit >= 0x2000 && unit <= 0x200A) || unit == 0x2028 || unit == 0x2029 ||
-           unit == 0x202F || unit == 0x205F || unit == 0x3000;
+    if (unit < 0xA0) return unit == TEXT(' ') || (unit >= 9 && unit <= 13);
+    return unit == 0xA0 || unit == 0x1680 || (unit >= 0x2000 && unit <= 0x200A) || unit == 0x2028 ||
+           unit == 0x2029 || unit == 0x202F || unit == 0x205F || unit == 0x3000;
 }

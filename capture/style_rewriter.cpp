@@ -1,7 +1,5 @@
 #include "capture/style_rewriter.h"
 
-#include <algorithm>
-
 #include "capture/characters.h"
 #include "capture/entities.h"
 #include "capture/text_search.h"
@@ -64,7 +62,8 @@ bool StyleRewriter::Step() noexcept {
     if (!token) return false;
     const WCHAR* const inside = token + kTokenLength;
     Position = inside;
-    const WCHAR* at = std::find_if_not(inside, end, IsSpace);
+    const WCHAR* at = inside;
+    while (at != end && IsSpace(*at)) ++at;
     if (at == end) return false;
     const WCHAR quote = IsQuote(*at) ? *at++ : WCHAR{0};
     AUX::WStringView value;

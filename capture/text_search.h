@@ -24,8 +24,7 @@ inline constexpr SearchText kStyleUrl = {TEXT("url("), 3, {'(', 'u', -3}};
 [[nodiscard]] inline bool StartsIgnoringCase(const WCHAR* at, const WCHAR* end,
                                              AUX::WStringView prefix) noexcept {
     return static_cast<std::size_t>(end - at) >= prefix.size() &&
-           std::equal(prefix.begin(), prefix.end(), at,
-                      [](WCHAR a, WCHAR b) { return a == ToLowerAscii(b); });
+           std::equal(prefix.begin(), prefix.end(), at, IsSameIgnoringCase);
 }
 
 /// Finds a text that lies between `from` and `end`. \return its first character, or null.
