@@ -76,8 +76,11 @@ bool StyleRewriter::Step() noexcept {
         Splicer.Fail();
         return false;
     }
+    const std::size_t stretch = static_cast<std::size_t>(inside - Splicer.Cursor);
     Splicer.CopyUpTo(inside);
     AppendAddress();
+    // The next stretch is taken to be as long as this one.
+    Splicer.FetchRoom(stretch);
     Splicer.SkipTo(close);
     Position = close;
     return true;

@@ -1,6 +1,7 @@
 #include "capture/text_splicer.h"
 
 #include <algorithm>
+#include <xmmintrin.h>
 
 void TextSplicer::Clear() noexcept {
     Begin = nullptr;
@@ -22,6 +23,16 @@ void TextSplicer::ExpectWholeSource() noexcept {
     const std::uint64_t wanted = (static_cast<std::uint64_t>(End - Begin) + 1) * 2;
     if (wanted <= AUX::WString::kMaxLength) {
         (void)Output.Reserve(static_cast<std::uint32_t>(wanted));  // Append asks again.
+    }
+}
+
+// What is fetched may lie behind the room: then nothing happens.
+void TextSplicer::FetchRoom(std::size_t units) const noexcept {
+    constexpr std::size_t kLine = 64;  // bytes
+    const std::size_t lines = std::min<std::size_t>(units * sizeof(WCHAR) / kLine, 32);
+    std::uintptr_t at = reinterpret_cast<std::uintptr_t>(Output.Text() + Output.Length());
+    for (std::size_t n = 0; n < lines; ++n) {
+        _mm_prefetch(reinterpret_cast<const char*>(at += kLine), _MM_HINT_T0);
     }
 }
 

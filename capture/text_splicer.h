@@ -35,6 +35,10 @@ public:
         if (isComplete_ && !(HasRoom(text.size()) && Output.Append(text))) isComplete_ = false;
     }
 
+    /// Has the processor fetch the memory behind Output's text, to where so many more units (2 KB
+    /// at most) will go, while something else is done.
+    void FetchRoom(std::size_t units) const noexcept;
+
     /// Tells whether everything asked for is in Output.
     [[nodiscard]] bool IsComplete() const noexcept { return isComplete_; }
 
