@@ -66,16 +66,20 @@ namespace {
 
 thread_local DialogScript::State* newestScript = nullptr;
 
+/// Whether a user could work at a window, and it is a dialog that the program made.
+bool IsOpenDialog(HWND window) {
+    WCHAR name[16] = {};
+    if (!IsWindowVisible(window) || !IsWindowEnabled(window)) return false;
+    if (GetClassNameW(window, name, 16) == 0 || WideView(name) != TEXT("#32770")) return false;
+    // The system makes its message boxes itself.
+    const auto maker = reinterpret_cast<HMODULE>(GetWindowLongPtrW(window, GWLP_HINSTANCE));
+    return maker != GetModuleHandleW(TEXT("user32.dll"));
+}
+
 /// The dialog that a user would see before him; null if there is none.
 HWND ActiveDialog() {
     const HWND active = GetActiveWindow();
-    WCHAR name[16] = {};
-    if (!active || !IsWindowVisible(active) || GetClassNameW(active, name, 16) == 0) return nullptr;
-    // The system makes its message boxes itself.
-    const auto maker = reinterpret_cast<HMODULE>(GetWindowLongPtrW(active, GWLP_HINSTANCE));
-    const bool isDialog =
-        WideView(name) == TEXT("#32770") && maker != GetModuleHandleW(TEXT("user32.dll"));
-    return isDialog ? active : nullptr;
+    return active && IsOpenDialog(active) ? active : ActivateOwnWindow(IsOpenDialog);
 }
 
 void CALLBACK RunNextStep(HWND, UINT, UINT_PTR, DWORD) {

@@ -49,6 +49,11 @@ Picture PictureOf(HWND window);
 /// Runs what lies in the calling thread's queue until it is empty.
 void RunMessages();
 
+/// The first window of the calling thread that passes a test, made the active one; null if none
+/// does. For Windows, where another program's window may have become the active one; natively it is
+/// always null, as no other program's windows are there.
+HWND ActivateOwnWindow(bool (*isSought)(HWND window));
+
 /// While it lives, it works on the dialogs of its thread in place of a user: whenever a dialog is
 /// active and nothing else is left to do, the next step runs inside the dialog's own message loop.
 /// A dialog that is still there after the last step is ended with the result -1. Message boxes are

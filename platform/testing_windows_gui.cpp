@@ -127,4 +127,20 @@ GuiObjects CountGuiObjects() {
             memory.PrivateUsage};
 }
 
+HWND ActivateOwnWindow(bool (*isSought)(HWND window)) {
+    struct Search {
+        bool (*isSought)(HWND window);
+        HWND found;
+    } search{isSought, nullptr};
+    const auto look = [](HWND window, LPARAM place) -> BOOL {
+        auto& own = *reinterpret_cast<Search*>(place);
+        if (!own.isSought(window)) return TRUE;
+        own.found = window;
+        return FALSE;
+    };
+    EnumThreadWindows(GetCurrentThreadId(), look, reinterpret_cast<LPARAM>(&search));
+    if (search.found) SetActiveWindow(search.found);
+    return search.found;
+}
+
 }  // namespace platform::testing

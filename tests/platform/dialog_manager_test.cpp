@@ -7,6 +7,7 @@
 #include "platform/modules.h"
 #include "platform/resources.h"
 #include "platform/system.h"
+#include "platform/testing.h"
 #include "platform/testing_gui.h"
 
 namespace platform {
@@ -64,6 +65,20 @@ protected:
     std::unique_ptr<HeldKey> shift_;
     HWND owner_;
 };
+
+// Tests beside this one show windows, too, of which any may become the active one.
+TEST_F(Dialogs, AreWorkedOnBehindAnotherProgramsWindow) {
+    if (testing::kOwnsTheSystem) GTEST_SKIP() << "no other program's windows are here";
+    EXPECT_EQ(Run(1, {[](HWND) {
+                          SetActiveWindow(nullptr);
+                          EXPECT_EQ(GetActiveWindow(), nullptr);
+                      },
+                      [](HWND dialog) {
+                          EXPECT_EQ(GetActiveWindow(), dialog);
+                          EndDialog(dialog, 5);
+                      }}),
+              5);
+}
 
 TEST_F(Dialogs, RunUntilTheirEndWithTheOwnerDisabled) {
     EXPECT_EQ(Run(1, {[&](HWND dialog) {
