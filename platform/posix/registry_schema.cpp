@@ -93,12 +93,12 @@ const char* QueryText(Query query) {
         case Query::NextChild:
             return "SELECT folded, name FROM keys WHERE parent = ?1 AND folded > ?2 "
                    "ORDER BY folded LIMIT 1";
-        case Query::ValueAt:
+        case Query::ValuesAt:
             return "SELECT folded, name, type, data FROM vals WHERE key = ?1 "
-                   "ORDER BY folded LIMIT 1 OFFSET ?2";
-        case Query::NextValue:
+                   "ORDER BY folded LIMIT 64 OFFSET ?2";
+        case Query::NextValues:
             return "SELECT folded, name, type, data FROM vals WHERE key = ?1 AND folded > ?2 "
-                   "ORDER BY folded LIMIT 1";
+                   "ORDER BY folded LIMIT 64";
         case Query::KeyTime:
             return "SELECT written FROM keys WHERE id = ?1";
         case Query::KeyInfo:

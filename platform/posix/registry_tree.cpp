@@ -137,6 +137,7 @@ LSTATUS RegistryTree::Create(KeyId start, WideView path, KeyId& key, bool& creat
 }
 
 LSTATUS RegistryTree::DeleteTree(KeyId key, bool keepKey) {
+    touchedKey_ = 0;
     Transaction transaction(database_, Transaction::Kind::Writing);
     if (transaction.Status() != ERROR_SUCCESS) return transaction.Status();
     const LSTATUS touched = keepKey ? Touch(key) : TouchParent(key);
@@ -151,6 +152,7 @@ LSTATUS RegistryTree::DeleteTree(KeyId key, bool keepKey) {
 }
 
 LSTATUS RegistryTree::DeleteEmptyKey(KeyId key) {
+    touchedKey_ = 0;
     Transaction transaction(database_, Transaction::Kind::Writing);
     if (transaction.Status() != ERROR_SUCCESS) return transaction.Status();
     KeyInfo info;
@@ -238,40 +240,105 @@ LSTATUS RegistryTree::ReadValue(KeyId key, WideView name, DWORD& type, BYTE* dat
     return ReadData(statement, 1, data, size);
 }
 
-LSTATUS RegistryTree::ReadValueAt(KeyId key, DWORD index, FoundValue& value, BYTE* data,
-                                  DWORD& size) {
+std::int64_t RegistryTree::Changes() const {
+    return sqlite3_total_changes64(database_.Connection());
+}
+
+const RegistryTree::ValuesAhead::Row* RegistryTree::RowAhead(KeyId key, DWORD index) const {
+    if (key != ahead_.key || index != ahead_.next || ahead_.changes != Changes()) return nullptr;
+    const std::size_t place = index - ahead_.first;
+    return place < ahead_.rows.size() ? &ahead_.rows[place] : nullptr;
+}
+
+LSTATUS RegistryTree::ReadAhead(KeyId key, DWORD index) {
+    constexpr std::size_t kMostBytes = 64 * 1024;
+    ahead_.rows.clear();
     std::int64_t written = 0;
     LSTATUS status = ReadTime(key, written);
     if (status != ERROR_SUCCESS) return status;
-    Statement next(database_, Query::NextValue);
-    Statement counted(database_, Query::ValueAt);
+    Statement next(database_, Query::NextValues);
+    Statement counted(database_, Query::ValuesAt);
     Statement* used = nullptr;
     status = StepTo(next, counted, valueCursor_, key, index, written, used);
     if (status != ERROR_SUCCESS) return status;
-    if (!used->IsBlob(3)) return ERROR_REGISTRY_CORRUPT;
-    ReadText(*used, 1, value.name);
-    value.type = static_cast<DWORD>(used->Number(2));
+    ahead_.key = key;
+    ahead_.changes = Changes();
+    ahead_.first = ahead_.next = index;
+    std::size_t bytes = 0;
+    for (bool found = true; found && bytes < kMostBytes;) {
+        if (!used->IsBlob(0) || !used->IsBlob(1) || !used->IsBlob(3)) break;
+        ValuesAhead::Row& row = ahead_.rows.emplace_back();
+        ReadText(*used, 0, row.folded);
+        ReadText(*used, 1, row.name);
+        row.type = static_cast<DWORD>(used->Number(2));
+        DWORD size = 0;
+        const auto* const data = static_cast<const BYTE*>(used->Bytes(3, size));
+        row.data.assign(data, data + size);
+        bytes += size;
+        // What fails behind the first row is told when its turn comes.
+        if (used->Step(found) != ERROR_SUCCESS) break;
+    }
+    if (ahead_.rows.empty()) return ERROR_REGISTRY_CORRUPT;
     valueCursor_.key = key;
     valueCursor_.written = written;
+    return ERROR_SUCCESS;
+}
+
+LSTATUS RegistryTree::ReadValueAt(KeyId key, DWORD index, FoundValue& value, BYTE* data,
+                                  DWORD& size) {
+    const ValuesAhead::Row* row = index > 0 ? RowAhead(key, index) : nullptr;
+    if (!row) {
+        if (const LSTATUS status = ReadAhead(key, index); status != ERROR_SUCCESS) return status;
+        row = &ahead_.rows.front();
+    }
+    value.name = row->name;
+    value.type = row->type;
     valueCursor_.index = index;
-    ReadText(*used, 0, valueCursor_.folded);
-    return ReadData(*used, 3, data, size);
+    valueCursor_.folded = row->folded;
+    // A caller that had too little room asks again, which reads it again.
+    ahead_.next = index + 1;
+    const DWORD room = size;
+    size = static_cast<DWORD>(row->data.size());
+    if (!data) return ERROR_SUCCESS;
+    if (size > room) return ERROR_MORE_DATA;
+    if (size) std::memcpy(data, row->data.data(), size);
+    return ERROR_SUCCESS;
+}
+
+LSTATUS RegistryTree::TouchOnce(KeyId key) {
+    constexpr std::int64_t kMillisecond = 10'000;
+    const std::int64_t now = Now();
+    if (touchedKey_ == key && now >= touched_ && now - touched_ < kMillisecond) {
+        return ERROR_SUCCESS;
+    }
+    const LSTATUS status = Touch(key);
+    touchedKey_ = status == ERROR_SUCCESS ? key : 0;
+    touched_ = now;
+    return status;
 }
 
 LSTATUS RegistryTree::WriteValue(KeyId key, WideView name, DWORD type, const BYTE* data,
                                  DWORD size) {
     if (name.size() > kMaxValueNameUnits) return ERROR_INVALID_PARAMETER;
     const WideString folded = FoldCase(name);
+    const auto write = [&] {
+        return Statement(database_, Query::WriteValue)
+            .Bind(1, key)
+            .Bind(2, folded)
+            .Bind(3, name)
+            .Bind(4, std::int64_t{type})
+            .Bind(5, data, size)
+            .Run();
+    };
+    // Within a transaction a failed write leaves at most the key's time behind.
+    if (sqlite3_get_autocommit(database_.Connection()) == 0) {
+        const LSTATUS status = TouchOnce(key);
+        return status == ERROR_SUCCESS ? write() : status;
+    }
     Transaction transaction(database_, Transaction::Kind::Writing);
     if (transaction.Status() != ERROR_SUCCESS) return transaction.Status();
     if (const LSTATUS status = Touch(key); status != ERROR_SUCCESS) return status;
-    const LSTATUS status = Statement(database_, Query::WriteValue)
-                               .Bind(1, key)
-                               .Bind(2, folded)
-                               .Bind(3, name)
-                               .Bind(4, std::int64_t{type})
-                               .Bind(5, data, size)
-                               .Run();
+    const LSTATUS status = write();
     return status == ERROR_SUCCESS ? transaction.Commit() : status;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "platform/posix/registry_database.h"
 #include "platform/registry.h"
@@ -73,6 +74,29 @@ private:
     LSTATUS AddChild(KeyId parent, WideView name, KeyId& key);
     LSTATUS Touch(KeyId key);
     LSTATUS TouchParent(KeyId key);
+    /// Values read ahead of an enumeration, which sees them as they were when it came to the first
+    /// of them: other processes may change the key meanwhile, this one's changes are noticed.
+    struct ValuesAhead {
+        struct Row {
+            WideString name;
+            WideString folded;
+            DWORD type = 0;
+            std::vector<BYTE> data;
+        };
+        KeyId key = 0;
+        std::int64_t changes = 0;  // of this connection, when they were read
+        DWORD first = 0;           // the index of the first row
+        DWORD next = 0;            // the index that is served next
+        std::vector<Row> rows;
+    };
+
+    /// The row of an index, if it was read ahead; null if not.
+    [[nodiscard]] const ValuesAhead::Row* RowAhead(KeyId key, DWORD index) const;
+    LSTATUS ReadAhead(KeyId key, DWORD index);
+    [[nodiscard]] std::int64_t Changes() const;
+    /// Touches a key within a transaction, unless that has just been done.
+    LSTATUS TouchOnce(KeyId key);
+
     /// Binds the query of the place behind the cursor, or of the index where that does not serve.
     LSTATUS StepTo(Statement& next, Statement& counted, const Cursor& cursor, KeyId key,
                    DWORD index, std::int64_t written, Statement*& used);
@@ -80,6 +104,9 @@ private:
     RegistryDatabase& database_;
     Cursor keyCursor_;
     Cursor valueCursor_;
+    ValuesAhead ahead_;
+    KeyId touchedKey_ = 0;  // 0 for none
+    std::int64_t touched_ = 0;
 };
 
 }  // namespace platform

@@ -3,6 +3,8 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <set>
+#include <string>
 #include <vector>
 
 #include "platform/text.h"
@@ -286,6 +288,54 @@ TEST_F(RegistryTest, DeletesAndNamesSubkeysOneByOne) {
     EXPECT_EQ(RegDeleteKeyW(root_.Get(), TEXT("b")), ERROR_SUCCESS);
     EXPECT_EQ(RegDeleteKeyW(root_.Get(), TEXT("b")), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(nameAt(1, 3), ERROR_NO_MORE_ITEMS);
+}
+
+// Values stand in an order of the system's own, which holds until one of them goes.
+TEST_F(RegistryTest, NamesEachValueOnceAlsoWhileTheyChange) {
+    constexpr DWORD kValues = 150;
+    for (DWORD i = 0; i < kValues; ++i) {
+        const WideString name = FromUtf8("value " + std::to_string(i));
+        ASSERT_EQ(Write(name.c_str(), REG_BINARY, Bytes(i * 20, static_cast<BYTE>(i))),
+                  ERROR_SUCCESS);
+    }
+    Bytes data(kValues * 20);
+    DWORD size = 0;
+    const auto nameAt = [&](DWORD index, DWORD room) {
+        WCHAR name[20] = {};
+        DWORD units = 20;
+        size = room;
+        const LSTATUS status =
+            RegEnumValueW(root_.Get(), index, name, &units, nullptr, nullptr, data.data(), &size);
+        if (status == ERROR_MORE_DATA) return std::string("more data");
+        if (status == ERROR_NO_MORE_ITEMS) return std::string("no more");
+        return status == ERROR_SUCCESS ? ToUtf8(name) : std::to_string(status);
+    };
+    std::vector<std::string> names;
+    for (DWORD i = 0; i < kValues; ++i) {
+        names.push_back(nameAt(i, kValues * 20));
+        const DWORD number = static_cast<DWORD>(std::stoi(names[i].substr(6)));
+        ASSERT_EQ(size, number * 20);
+        ASSERT_TRUE(size == 0 || data[size - 1] == number);
+        if (size > 0) {
+            ASSERT_EQ(nameAt(i, size - 1), "more data");
+            ASSERT_EQ(size, number * 20) << "what it needs";
+        }
+    }
+    EXPECT_EQ(nameAt(kValues, 0), "no more");
+    EXPECT_EQ(nameAt(7, kValues * 20), names[7]) << "in no order";
+    EXPECT_EQ(std::set<std::string>(names.begin(), names.end()).size(), kValues);
+    // What is removed, or written, between two questions.
+    EXPECT_EQ(nameAt(8, kValues * 20), names[8]);
+    EXPECT_EQ(RegDeleteValueW(root_.Get(), FromUtf8(names[2]).c_str()), ERROR_SUCCESS);
+    EXPECT_EQ(nameAt(8, kValues * 20), names[9]);
+    EXPECT_EQ(Write(FromUtf8(names[10]).c_str(), REG_BINARY, Bytes(3, 9)), ERROR_SUCCESS);
+    EXPECT_EQ(nameAt(9, kValues * 20), names[10]);
+    EXPECT_EQ(size, 3u);
+    for (DWORD i = 0; i < kValues - 1; ++i) {
+        EXPECT_EQ(RegDeleteValueW(root_.Get(), FromUtf8(nameAt(0, kValues * 20)).c_str()),
+                  ERROR_SUCCESS);
+    }
+    EXPECT_EQ(nameAt(0, 0), "no more");
 }
 
 TEST_F(RegistryTest, EveryChangeMovesTheKeysTimeForward) {
