@@ -147,7 +147,9 @@ bool PageRange::Walk(Take take) noexcept {
 
 bool PageRange::ToPageList(Array<std::uint32_t>& output, bool sorted) noexcept {
     output.Clear();
-    if (!output.EnsureCapacity(static_cast<std::uint32_t>(GetCount()))) return false;
+    // Sorted, no page comes twice.
+    const std::int32_t most = sorted ? std::min(GetCount(), PageCount) : GetCount();
+    if (!output.EnsureCapacity(static_cast<std::uint32_t>(most))) return false;
     if (!sorted) return Walk([&](std::uint32_t page) { return output.Add(page); });
     BitSet pages;
     if (!ToPageSet(pages, nullptr)) return false;

@@ -60,7 +60,7 @@ public:
     /// Back to what a new object is; without pages.
     void Reset() noexcept;
     /// \param count  Pages of the document; below 1 if unknown. Texts that were read before stay as
-    ///               they were read.
+    ///               they were read, and a walk under way goes on within the new count.
     void SetPageCount(std::int32_t count) noexcept;
 
     /// Reads spans such as "1-3, 7", "5-2", "8-" and "-3". '^' counts from the end: "^1" is the

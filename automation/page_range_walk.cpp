@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "automation/page_range.h"
 
 namespace AUX {
@@ -31,14 +33,14 @@ std::int32_t PageRange::Steps() const noexcept {
     }
 }
 
-/// Moves OuterCursor to the next step, and at the end behind the last one, where it stays.
-/// \return false at the end.
+/// Moves OuterCursor to the next step, and at the end behind the last one, where it stays. There
+/// may be fewer steps than at the last call. \return false at the end.
 bool PageRange::Advance() noexcept {
     const std::int32_t steps = Steps();
     if (OuterCursor == kNotStarted) {
         OuterCursor = Reversed ? steps - 1 : 0;
     } else if (Reversed) {
-        if (OuterCursor >= 0) --OuterCursor;
+        if (OuterCursor >= 0) OuterCursor = std::min(OuterCursor, steps) - 1;
     } else if (OuterCursor < steps) {
         ++OuterCursor;
     }
@@ -98,8 +100,10 @@ std::int32_t PageRange::NextOfEntries(bool& newRun) noexcept {
         } else if (goesUp ? InnerCursor >= end : InnerCursor <= end) {
             InnerCursor = kNotStarted;
             continue;
+        } else if (goesUp) {
+            InnerCursor = std::max(InnerCursor + 1, start);
         } else {
-            InnerCursor += goesUp ? 1 : -1;
+            InnerCursor = std::min(InnerCursor - 1, start);  // The document may have shrunk.
         }
         if (Passes(static_cast<std::uint32_t>(InnerCursor))) return InnerCursor;
     }

@@ -1,7 +1,5 @@
 #include "cab/base64.h"
 
-#include <new>
-
 #include "cab/base64_kernels.h"
 #include "foundation/system_facts.h"
 #include "platform/processor.h"
@@ -98,7 +96,7 @@ bool Base64Encode(const void* bytes, std::size_t size, WString& text) noexcept {
 bool Base64Decode(WStringView text, Base64Bytes& bytes) noexcept {
     Base64Bytes made;
     if (!text.empty() && text.size() % 4 == 0) {
-        made.data_.reset(new (std::nothrow) std::uint8_t[text.size() / 4 * 3]);
+        made.data_.reset(static_cast<std::uint8_t*>(Alloc(text.size() / 4 * 3)));
         if (!made.data_) return false;
         made.size_ = DecodeBase64(text, made.data_.get());
         if (made.size_ == 0) made.data_.reset();

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "foundation/allocated.h"
 #include "foundation/wstring.h"
 
 /// Bytes as text in the standard alphabet of RFC 4648 with padding, without line breaks. Needs
@@ -34,7 +35,7 @@ public:
 
 private:
     friend bool Base64Decode(WStringView text, Base64Bytes& bytes) noexcept;
-    std::unique_ptr<std::uint8_t[]> data_;
+    std::unique_ptr<std::uint8_t, FreeBlock> data_;
     std::size_t size_ = 0;
 };
 

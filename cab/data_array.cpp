@@ -37,7 +37,9 @@ bool DataArray::Equals(DataItem* other, std::uint32_t equalFlags) noexcept {
     DataArray& array = *real->AsArray();
     if (array.GetCount() != GetCount()) return false;
     for (std::uint32_t i = 0; i < GetCount(); ++i) {
-        if (!ItemAt(i)->Equals(array.ItemAt(i), equalFlags)) return false;
+        DataItem* const own = ItemAt(i);
+        DataItem* const its = array.ItemAt(i);
+        if (own ? !own->Equals(its, equalFlags) : its != nullptr) return false;
     }
     return true;
 }
@@ -52,14 +54,14 @@ bool DataArray::SetRoot(DataRoot* newRoot, bool recursive) noexcept {
     source = nullptr;  // An array begins empty.
     if (!recursive) return true;
     bool isWell = true;
-    for (DataItem* const child : children) isWell &= child->SetRoot(newRoot, true);
+    for (DataItem* const child : children) isWell &= !child || child->SetRoot(newRoot, true);
     return isWell;
 }
 
 bool DataArray::Preload() noexcept {
     source = nullptr;
     bool isWell = true;
-    for (DataItem* const child : children) isWell &= child->Preload();
+    for (DataItem* const child : children) isWell &= !child || child->Preload();
     return isWell;
 }
 
@@ -67,7 +69,7 @@ bool DataArray::WriteTo(DataWriter& sink, bool skipDefaults) noexcept {
     if (!sink.PutContainer(Kind::Array)) return false;
     for (DataItem* const child : children) {
         // Elements at their default are written too: the others would change their index.
-        if (child->GetFlags() & ItemTransient) continue;
+        if (!child || child->GetFlags() & ItemTransient) continue;
         DataWriter* const place = sink.Add({}, child->GetStoredType());
         if (!place || !child->WriteTo(*place, skipDefaults)) return false;
     }
@@ -76,14 +78,14 @@ bool DataArray::WriteTo(DataWriter& sink, bool skipDefaults) noexcept {
 
 bool DataArray::IsDefault() noexcept {
     for (DataItem* const child : children) {
-        if (!child->IsDefault()) return false;
+        if (child && !child->IsDefault()) return false;
     }
     return true;
 }
 
 void DataArray::SetTransientAll(bool isTransient) noexcept {
     for (DataItem* const child : children) {
-        child->SetFlags(isTransient ? ItemTransient : 0, ItemTransient);
+        if (child) child->SetFlags(isTransient ? ItemTransient : 0, ItemTransient);
     }
 }
 
@@ -99,12 +101,16 @@ std::unique_ptr<DataItem> DataArray::MakeElement(Kind kind) noexcept {
 bool DataArray::CopyInto(Array<DataItem*>& list, DataArray& from, bool withFlags) noexcept {
     if (!list.EnsureCapacity(from.GetCount())) return false;
     for (DataItem* const child : from.children) {
+        if (!child) {
+            (void)list.Add(nullptr);  // There is room.
+            continue;
+        }
         if (child->GetFlags() & ItemNoCopy) continue;
         std::unique_ptr<DataItem> copy = MakeElement(child->GetType());
         if (!copy) return false;
         if (!copy->AssignUnrelated(*child, withFlags)) continue;
         if (!withFlags) copy->MarkNew();
-        (void)list.Add(copy.release());  // There is room.
+        (void)list.Add(copy.release());  // Likewise.
     }
     return true;
 }
@@ -189,6 +195,19 @@ void DataArray::DropAt(std::uint32_t index) noexcept {
     children.RemoveAt(index);
 }
 
+void DataArray::EmptyAt(std::uint32_t index) noexcept {
+    delete children[index];
+    children[index] = nullptr;
+}
+
+bool DataArray::GrowTo(std::uint32_t count) noexcept {
+    if (count <= children.Count()) return true;
+    if (!children.EnsureCapacity(count)) return false;
+    while (children.Count() < count) (void)children.Add(nullptr);  // There is room.
+    MarkSet();
+    return true;
+}
+
 std::unique_ptr<DataItem> DataArray::NewElement(Kind kind) noexcept {
     if (elementSpec && kind != Kind::None && kind != elementSpec->kind) return nullptr;
     if (!elementSpec && kind == Kind::None) return nullptr;
@@ -210,14 +229,14 @@ DataItem* DataArray::InsertAt(std::int64_t index, Kind kind) noexcept {
 }
 
 DataItem* DataArray::ElementAt(std::uint32_t index, Kind kind) noexcept {
-    DataItem* const present = ItemAt(index);
-    if (!present) return InsertAt(-1, kind);
-    if (kind == Kind::None || present->IsType(kind)) return present;
+    if (index >= children.Count()) return InsertAt(-1, kind);
+    DataItem* const present = children[index];
+    if (present && (kind == Kind::None || present->IsType(kind))) return present;
     std::unique_ptr<DataItem> element = NewElement(kind);
     if (!element) return nullptr;
     delete present;
     children[index] = element.release();
-    MarkSet(ItemValueSet | kLostChild);
+    MarkSet(ItemValueSet | (present ? kLostChild : ItemDirty));
     return children[index];
 }
 

@@ -5,7 +5,7 @@
 
 namespace AUX::CAB {
 
-/// An ordered list of items, which it owns.
+/// An ordered list of items, which it owns. A place of it may be empty, until an item is put there.
 class DataArray final : public DataItem, private ContainerSource, public DataContainer {
 public:
     DataArray() noexcept = default;
@@ -26,6 +26,7 @@ public:
     bool ResetValue() noexcept override;
     void OnSpecChanged() noexcept override;
 
+    /// Null at an empty place, too.
     [[nodiscard]] DataItem* ItemAt(std::uint32_t index) noexcept override;
     [[nodiscard]] std::uint32_t GetCount() noexcept override { return children.Count(); }
     void Clear() noexcept override;
@@ -35,9 +36,12 @@ public:
     /// \return null if the template declares another kind, or nobody names one, or memory ran out.
     [[nodiscard]] virtual DataItem* InsertAt(std::int64_t index, Kind kind) noexcept;
 
-    /// The element at an index. If there is none, one is added at the end; if `kind` is not None
-    /// and the element is of another kind, a new one takes its place. \return as InsertAt.
+    /// The element at an index. An empty place gets one, and past the end one is added at the end;
+    /// if `kind` is not None and the element is of another kind, a new one takes its place.
+    /// \return as InsertAt.
     [[nodiscard]] DataItem* ElementAt(std::uint32_t index, Kind kind) noexcept;
+    /// Adds empty places up to a count. \return false, with nothing added, when memory runs out.
+    [[nodiscard]] bool GrowTo(std::uint32_t count) noexcept;
     /// Deletes a run of elements; `first` -1 means the last one.
     /// \return false, with nothing removed, if the run does not lie inside the array.
     [[nodiscard]] bool RemoveRange(std::int64_t first, std::uint32_t count) noexcept;
@@ -45,8 +49,9 @@ public:
     /// A run of none, or a place inside the run, changes nothing.
     /// \return false if the run or the place does not lie inside the array.
     [[nodiscard]] bool Move(std::int64_t first, std::int64_t to, std::int64_t count) noexcept;
-    /// Deletes a child, undoing its addition: no flags are set.
+    /// Deletes a child, undoing its addition or the filling of an empty place: no flags are set.
     void DropAt(std::uint32_t index) noexcept;
+    void EmptyAt(std::uint32_t index) noexcept;
 
     /// What the template declares of each element; null if nothing.
     [[nodiscard]] const ItemSpec* ElementSpec() const noexcept { return elementSpec; }

@@ -84,12 +84,14 @@ DataItem* FindPart(DataItem& item, const PathPart& part) noexcept {
 
 /// \param growth  Notes the first of several that are added.
 DataItem* AddPart(DataItem& item, const PathPart& part, Kind kind, Growth& growth) noexcept {
-    Growth added = {&item, item.GetFlags(), -1, part.name};
+    Growth added = {&item, item.GetFlags(), -1, false, part.name};
     DataItem* made = nullptr;
     if (part.isIndex) {
         DataArray* const array = item.AsArray();
-        if (array) added.index = array->GetCount();
-        made = array ? array->InsertAt(-1, kind) : nullptr;
+        if (!array) return nullptr;
+        added.hasFilled = part.index < array->GetCount();
+        added.index = added.hasFilled ? part.index : array->GetCount();
+        made = array->ElementAt(part.index, kind);
     } else if (DataDictionary* const dictionary = item.AsDictionary()) {
         made = dictionary->GetOrAdd(part.name.data() ? part.name.data() : TEXT(""),
                                     static_cast<std::int64_t>(part.name.size()), kind);
@@ -102,7 +104,9 @@ DataItem* AddPart(DataItem& item, const PathPart& part, Kind kind, Growth& growt
 
 void Growth::Undo() noexcept {
     if (!parent) return;
-    if (index >= 0) {
+    if (index >= 0 && hasFilled) {
+        parent->AsArray()->EmptyAt(static_cast<std::uint32_t>(index));
+    } else if (index >= 0) {
         parent->AsArray()->DropAt(static_cast<std::uint32_t>(index));
     } else {
         parent->AsDictionary()->Drop(key);

@@ -26,6 +26,7 @@ struct Growth {
     DataItem* parent = nullptr;  ///< Where the first item was added; null if none was.
     std::uint32_t oldFlags = 0;  ///< The parent's, from before.
     std::int64_t index = -1;     ///< Of an element; -1 for the child of a key.
+    bool hasFilled = false;      ///< It was put at an empty place.
     WStringView key;             ///< A part of the path that it was made for.
 
     /// Takes back that item with all that was made below it. The change count stays risen.

@@ -49,7 +49,7 @@ private:
     DataDictionary* dictionary_;
 };
 
-/// An index of an array. Past the end an item is added at the end.
+/// An index of an array. An empty place is filled; past the end an item is added at the end.
 class IndexSlot final : public ItemSlot {
 public:
     IndexSlot(DataArray& array, std::uint32_t index) noexcept : array_(&array), index_(index) {}

@@ -6,7 +6,9 @@
 #include "cab/bag_text.h"
 #include "cab/base64.h"
 #include "cab/exact_number.h"
+#include "cab/library_allocator.h"
 #include "cab/text_form.h"
+#include "foundation/allocated.h"
 #include "foundation/stream.h"
 
 namespace AUX::CAB {
@@ -106,9 +108,9 @@ private:
         if (size > kMostBytes) throw std::bad_alloc();
         WString text;
         const void* bytes = stream->GetData();
-        std::unique_ptr<std::uint8_t[]> copy;
+        std::unique_ptr<void, FreeBlock> copy;
         if (!bytes && size > 0) {
-            copy.reset(new std::uint8_t[static_cast<std::size_t>(size)]());
+            copy.reset(AllocateOrThrow(static_cast<std::size_t>(size)));
             std::int64_t count = 0;
             // Leaves the position alone.
             const Status status = stream->ReadAt(copy.get(), size, SeekMode::Start, 0, count);

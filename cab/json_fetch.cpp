@@ -7,6 +7,7 @@
 #include "cab/json_escapes.h"
 #include "cab/json_number.h"
 #include "cab/json_scan.h"
+#include "cab/library_allocator.h"
 
 namespace AUX::CAB {
 namespace {
@@ -210,7 +211,7 @@ JsonChildren* MakeList(JsonNode& node, const Children& children) {
     if (children.empty()) return nullptr;
     const std::size_t bytes = sizeof(JsonChildren) + children.size() * sizeof(JsonNode*);
     auto* const list = static_cast<JsonChildren*>(node.isParsed ? node.source->Allocate(bytes)
-                                                                : ::operator new(bytes));
+                                                                : AllocateOrThrow(bytes));
     list->count = list->capacity = static_cast<std::uint32_t>(children.size());
     JsonNode** place = list->Items();
     for (JsonNode* const child : children) *place++ = child;  // Mostly few: no call.

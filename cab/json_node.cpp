@@ -8,6 +8,7 @@
 #include "cab/json_fetch.h"
 #include "cab/json_number.h"
 #include "cab/json_source.h"
+#include "cab/library_allocator.h"
 
 namespace AUX::CAB {
 namespace {
@@ -40,14 +41,14 @@ JsonNode* NextOf(const JsonNode& dead) noexcept {
 
 void FreeName(JsonNode& node) noexcept {
     if (node.ownsName && node.name != Own(node).nameRoom) {
-        ::operator delete(const_cast<WCHAR*>(node.name));
+        Free(const_cast<WCHAR*>(node.name));
     }
     node.ownsName = false;
 }
 
 void FreeText(JsonNode& node) noexcept {
     if (node.ownsText && node.text != Own(node).textRoom) {
-        ::operator delete(const_cast<WCHAR*>(node.text));
+        Free(const_cast<WCHAR*>(node.text));
     }
     node.ownsText = false;
 }
@@ -70,7 +71,7 @@ void FreeChildren(JsonNode& node, JsonNode*& dead) noexcept {
     JsonChildren* const list = OwnChildren(node);
     if (!list) return;
     for (std::uint32_t i = 0; i < list->count; ++i) DropHandle(*list->Items()[i], dead);
-    ::operator delete(list);
+    Free(list);
     node.children = nullptr;
 }
 
@@ -83,7 +84,7 @@ void FreeNodes(JsonNode* dead) noexcept {
         FreeName(*node);
         FreeText(*node);
         if (node->source) node->source->Release();
-        delete &Own(*node);
+        Free(&Own(*node));
     }
 }
 
@@ -93,14 +94,14 @@ const WCHAR* CopyText(WStringView text, WCHAR (&room)[kRoom]) {
     if (text.size() > WString::kMaxLength) throw std::bad_alloc();
     auto* const copy = text.size() <= kRoom
                            ? room
-                           : static_cast<WCHAR*>(::operator new(text.size() * sizeof(WCHAR)));
+                           : static_cast<WCHAR*>(AllocateOrThrow(text.size() * sizeof(WCHAR)));
     if (!text.empty()) std::memmove(copy, text.data(), text.size() * sizeof(WCHAR));
     return copy;
 }
 
 /// Makes a node with these fields, which owns no text yet.
 JsonHandle MakeNode(const JsonNode& fields) {
-    auto* const node = new OwnNode;
+    auto* const node = new (AllocateOrThrow(sizeof(OwnNode))) OwnNode;
     static_cast<JsonNode&>(*node) = fields;
     node->isParsed = node->ownsName = node->ownsText = false;
     node->refCount = 1;
@@ -109,7 +110,7 @@ JsonHandle MakeNode(const JsonNode& fields) {
 
 JsonChildren* MakeChildren(std::uint32_t capacity) {
     auto* const list = static_cast<JsonChildren*>(
-        ::operator new (sizeof(JsonChildren) + std::size_t{capacity} * sizeof(JsonNode*)));
+        AllocateOrThrow(sizeof(JsonChildren) + std::size_t{capacity} * sizeof(JsonNode*)));
     *list = {0, capacity};
     return list;
 }
@@ -235,7 +236,7 @@ void ReserveChildren(JsonHandle& node, std::uint32_t count) {
         list->count = old->count;
     }
     node->children = list;
-    ::operator delete(old);
+    Free(old);
 }
 
 void AppendChild(JsonHandle& node, JsonHandle child) {

@@ -23,8 +23,10 @@ struct JsonMark {
 };
 
 /// The stripped text that a tree was parsed from, and the memory of all that is made from it, which
-/// goes as a whole with the last count. A node that was parsed counts here for each handle outside
-/// of parsed nodes; others that use the text have one count each.
+/// goes as a whole with the last count. That memory is the run-time's: AUX::Alloc gives blocks of
+/// such sizes back to the system each time, and the pages of the next text would all be new. A node
+/// that was parsed counts here for each handle outside of parsed nodes; others that use the text
+/// have one count each.
 class JsonSource {
 public:
     /// Makes one with room for a text of `units`, and one count. \throws std::bad_alloc

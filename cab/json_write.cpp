@@ -1,5 +1,4 @@
 #include <atomic>
-#include <vector>
 #include <xmmintrin.h>
 
 #include "cab/json_fetch.h"
@@ -7,6 +6,7 @@
 #include "cab/json_quotes.h"
 #include "cab/json_source.h"
 #include "cab/json_text.h"
+#include "cab/library_allocator.h"
 
 namespace AUX::CAB {
 namespace {
@@ -172,7 +172,7 @@ private:
     JsonOutput out_;
     bool isFormatted_;
     bool restoresQuotes_;
-    std::vector<Level> open_;
+    Vector<Level> open_;
 };
 
 }  // namespace

@@ -12,6 +12,13 @@ namespace AUX::CAB {
 /// nothing, may be compiled without exceptions.
 [[noreturn]] void ThrowOutOfMemory();
 
+/// As AUX::Alloc. \throws std::bad_alloc
+[[nodiscard]] inline void* AllocateOrThrow(std::size_t bytes) {
+    void* const block = Alloc(bytes);
+    if (!block) ThrowOutOfMemory();
+    return block;
+}
+
 /// Gives the standard's containers their memory from AUX::Alloc; they throw std::bad_alloc when it
 /// runs out.
 template <class T>
@@ -24,9 +31,7 @@ struct LibraryAllocator {
 
     [[nodiscard]] T* allocate(std::size_t count) {
         if (count > static_cast<std::size_t>(-1) / sizeof(T)) ThrowOutOfMemory();
-        void* const block = Alloc(count * sizeof(T));
-        if (!block) ThrowOutOfMemory();
-        return static_cast<T*>(block);
+        return static_cast<T*>(AllocateOrThrow(count * sizeof(T)));
     }
     void deallocate(T* block, std::size_t) noexcept { Free(block); }
 

@@ -86,12 +86,11 @@ private:
     bool ReadArray(ItemSlot& slot, JsonNode& node) {
         if (!Reach(slot, Kind::Array)) return false;
         DataArray& array = *slot.Find()->AsArray();
-        const std::uint32_t present = array.GetCount();
+        if (!array.GrowTo(ChildCount(node))) throw std::bad_alloc();
         std::uint32_t index = 0;
         for (JsonNode* const child : ChildrenOf(node)) {
-            IndexSlot place(array, index < present ? index : array.GetCount());
+            IndexSlot place(array, index++);
             (void)Read(place, *child);  // A value that is refused does not hold up the others.
-            ++index;
         }
         return true;
     }

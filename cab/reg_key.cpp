@@ -124,6 +124,8 @@ void RegKey::NoteCreated() noexcept {
 }
 
 void RegKey::NoteExisting() noexcept {
+    // A key that came into being with one below it is still new: nothing of its own is in it.
+    if (newKey == true) return;
     newKey = false;
     for (RegKey* above = parent; above && !above->newKey; above = above->parent) {
         above->newKey = false;

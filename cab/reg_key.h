@@ -36,7 +36,8 @@ public:
     [[nodiscard]] std::uint64_t LastWrite() noexcept;
     /// Something in the key was written or deleted.
     void NoteChange() noexcept;
-    /// The key is there, and with it those above that nobody knows of yet.
+    /// The key is there, and with it those above that nobody knows of yet. One that is known to be
+    /// new stays so.
     void NoteExisting() noexcept;
     /// The levels between the root and this one, itself counted.
     [[nodiscard]] std::uint32_t Depth() const noexcept { return depth_; }

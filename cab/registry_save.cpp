@@ -68,11 +68,12 @@ Result SaveChildren(DataItem& item, RegKey& key, SaveMode mode) noexcept {
     DataContainer& container = *item.AsContainer();
     DataDictionary* const dictionary = item.AsDictionary();
     for (std::uint32_t i = 0; i < container.GetCount(); ++i) {
-        DataItem& child = *container.ItemAt(i);
+        DataItem* const child = container.ItemAt(i);
+        if (!child) continue;  // Loading closes the gap.
         if (dictionary) {
-            Combine(result, SaveChild(child, key, dictionary->KeyAt(i), true, mode));
+            Combine(result, SaveChild(*child, key, dictionary->KeyAt(i), true, mode));
         } else {
-            Combine(result, SaveChild(child, key, IndexName(i).Text(), false, mode));
+            Combine(result, SaveChild(*child, key, IndexName(i).Text(), false, mode));
         }
     }
     return result;
@@ -136,7 +137,9 @@ void ForgetStamps(DataItem& item) noexcept {
     DataContainer* const container = item.AsContainer();
     if (!container) return;
     item.SetStamp(0);
-    for (std::uint32_t i = 0; i < container->GetCount(); ++i) ForgetStamps(*container->ItemAt(i));
+    for (std::uint32_t i = 0; i < container->GetCount(); ++i) {
+        if (DataItem* const child = container->ItemAt(i)) ForgetStamps(*child);
+    }
 }
 
 bool RunsUnderWine() noexcept {

@@ -2,8 +2,10 @@
 
 #include <bit>
 #include <cstring>
+#include <memory>
 
 #include "cab/exact_number.h"
+#include "foundation/allocated.h"
 #include "foundation/mem_stream.h"
 #include "platform/modules.h"
 #include "platform/user.h"
@@ -79,13 +81,11 @@ LSTATUS WriteStream(HKEY key, const WCHAR* valueName, Stream* stream) noexcept {
     };
     if (size == 0) return write(nullptr);
     if (const void* const data = stream->GetData()) return write(data);
-    void* const copy = Alloc(static_cast<std::size_t>(size));
+    const std::unique_ptr<void, FreeBlock> copy(Alloc(static_cast<std::size_t>(size)));
     if (!copy) return ERROR_NOT_ENOUGH_MEMORY;
     std::int64_t count = 0;
-    const Status read = stream->ReadAt(copy, size, SeekMode::Start, 0, count);
-    const LSTATUS status = IsFailure(read) || count != size ? ERROR_INVALID_DATA : write(copy);
-    Free(copy);
-    return status;
+    const Status read = stream->ReadAt(copy.get(), size, SeekMode::Start, 0, count);
+    return IsFailure(read) || count != size ? ERROR_INVALID_DATA : write(copy.get());
 }
 
 }  // namespace

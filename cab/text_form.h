@@ -34,7 +34,7 @@ inline constexpr const WCHAR* kValueKey = TEXT(".value");
 [[nodiscard]] bool ItemToNode(DataItem& item, JsonHandle& node, std::uint32_t options);
 
 /// Gives the value of a node to the item at a place, which is made if there is none and it can be.
-/// Elements of an array that take no value leave no hole: those behind them move down.
+/// An array grows up to what the text has; elements that take no value leave their places empty.
 /// \return whether the value was taken; of a container true, whatever its children gave.
 [[nodiscard]] bool NodeToSlot(ItemSlot& slot, JsonNode& node);
 

@@ -7,6 +7,11 @@
 
 namespace AUX {
 
+/// Lets a std::unique_ptr own a block of AUX::Alloc.
+struct FreeBlock {
+    void operator()(void* block) const noexcept { Free(block); }
+};
+
 /// Base of the objects that live in blocks of AUX::Alloc: `new (std::nothrow) T` gives null when
 /// memory runs out, `delete` gives the block back. There is no form that throws.
 class Allocated {

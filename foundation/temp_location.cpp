@@ -4,7 +4,7 @@
 #include <cstring>
 #include <memory>
 
-#include "foundation/memory.h"
+#include "foundation/allocated.h"
 #include "foundation/paths.h"
 #include "platform/files.h"
 #include "platform/modules.h"
@@ -17,16 +17,12 @@ namespace {
 
 constexpr DWORD kPathUnits = MAX_PATH;
 
-struct BlockDeleter {
-    void operator()(void* block) const noexcept { Free(block); }
-};
-
 bool ReadIsLow(HANDLE token) noexcept {
     constexpr SID_IDENTIFIER_AUTHORITY kLabels = SECURITY_MANDATORY_LABEL_AUTHORITY;
     DWORD size = 0;
     (void)GetTokenInformation(token, TokenIntegrityLevel, nullptr, 0, &size);  // Only measures.
     if (size < sizeof(TOKEN_MANDATORY_LABEL)) return false;
-    const std::unique_ptr<void, BlockDeleter> block(Alloc(size));
+    const std::unique_ptr<void, FreeBlock> block(Alloc(size));
     if (!block || !GetTokenInformation(token, TokenIntegrityLevel, block.get(), size, &size)) {
         return false;
     }

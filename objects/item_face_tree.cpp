@@ -107,7 +107,7 @@ DataItem* ItemFace::AddChild(const VARIANT& key, Kind kind, CAB::Growth& growth)
     if (!IsMissing(key) && !IndexOf(key, index)) return nullptr;
     const LONG count = static_cast<LONG>(array->GetCount());
     if (index < 0 || index > count) index = count;
-    const CAB::Growth added = {array, array->GetFlags(), index, {}};
+    const CAB::Growth added = {array, array->GetFlags(), index, false, {}};
     DataItem* const element = array->InsertAt(index, kind);
     if (element) growth = added;
     return element;

@@ -210,6 +210,45 @@ TEST(PageRange, CountsListsAndSetsAgreeWithTheWalk) {
     }
 }
 
+// What is left of a walk when the document changes under it: the pages that are still there.
+TEST(PageRange, WalksOnInADocumentThatChanges) {
+    const struct {
+        std::int32_t type;
+        bool isReversed;
+        const WCHAR* text;
+        int taken;
+        std::int32_t count;
+        std::vector<std::int32_t> rest;
+    } kCases[] = {
+        {1, true, TEXT(""), 2, 3, {2, 1, 0}},    {1, false, TEXT(""), 2, 3, {2}},
+        {1, false, TEXT(""), 5, 3, {}},          {1, false, TEXT(""), 2, 0, {}},
+        {1, true, TEXT(""), 9, 20, {0}},         {4, true, TEXT(""), 1, 4, {2, 0}},
+        {5, true, TEXT(""), 1, 4, {3, 1}},       {6, false, TEXT("9-1"), 2, 3, {2, 1, 0}},
+        {6, true, TEXT("1-9"), 2, 3, {2, 1, 0}}, {6, false, TEXT("2-9, 1"), 2, 3, {0}},
+        {6, false, TEXT("9-7, 2"), 1, 3, {1}},   {6, false, TEXT("2-"), 2, 5, {3, 4}},
+        {7, true, TEXT(""), 1, 3, {1}},
+    };
+    const std::uint32_t pages[] = {8, 1, 9};
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(&c - kCases);
+        PageRange range;
+        range.SetPageCount(10);
+        (void)range.SetText(c.text);
+        ASSERT_TRUE(range.SetPages(pages, 3));
+        range.SetType(c.type);
+        range.SetReversed(c.isReversed);
+        (void)range.First();
+        for (int i = 1; i < c.taken; ++i) EXPECT_GE(range.Next(nullptr, false), 0);
+        range.SetPageCount(c.count);
+        std::vector<std::int32_t> rest;
+        for (std::int32_t page; rest.size() < 20 && (page = range.Next(nullptr, false)) >= 0;) {
+            rest.push_back(page);
+        }
+        EXPECT_EQ(rest, c.rest);
+        EXPECT_EQ(range.Next(nullptr, false), -1) << "behind the end";
+    }
+}
+
 TEST(PageRange, KeepsToTheEndsOf32Bits) {
     PageRange range;
     range.SetPageCount(kLargest);

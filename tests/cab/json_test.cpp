@@ -11,6 +11,7 @@
 #include "tests/cab/failing_new.h"
 #include "tests/cab/json_reference.h"
 #include "tests/support/case_table.h"
+#include "tests/support/fail_each_allocation.h"
 
 namespace {
 
@@ -307,7 +308,7 @@ TEST(Json, GivesAllBackWhenMemoryRunsOut) {
     const Text text =
         TEXT("//a\n//b\n{\"a\\n\":[1,{\"b\":\"\\u0041\"},[2,3]],\"c\":{\"d\":[[],{}]}}");
     std::uint64_t failures = 0;
-    const std::uint64_t runs = bag_test::FailEachNew([&] {
+    const auto work = [&] {
         try {
             const JsonHandle root = Parse(text);
             JsonHandle copy = CloneNode(*root);
@@ -323,9 +324,12 @@ TEST(Json, GivesAllBackWhenMemoryRunsOut) {
         } catch (const std::bad_alloc&) {
             ++failures;
         }
-    });
-    EXPECT_GT(runs, 20u);
+    };
+    const std::uint64_t runs = bag_test::FailEachNew(work);  // What is parsed.
+    EXPECT_GT(runs, 5u);
     EXPECT_EQ(failures, runs);
+    EXPECT_GT(test_support::FailEachAllocation([&](const auto&) { work(); }), 20u);
+    EXPECT_GT(failures, runs + 15);
 }
 
 }  // namespace

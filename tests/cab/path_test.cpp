@@ -71,6 +71,29 @@ TEST(ItemPath, LeavesOtherKindsAlone) {
     EXPECT_EQ(root.AsDictionary()->GetCount(), 1u);
 }
 
+TEST(ItemPath, FillsAnEmptyPlace) {
+    const Bag bag = MakeBag();
+    DataItem& item = *MakePath(*bag->GetRootItem(), TEXT("list"), Kind::Array);
+    DataArray& list = *item.AsArray();
+    ASSERT_TRUE(list.GrowTo(3) && list.GrowTo(2));
+    EXPECT_EQ(FindPath(item, TEXT("[1]")), nullptr);
+    EXPECT_EQ(MakePath(item, TEXT("[1]"), Kind::None), nullptr);
+    Growth growth;
+    EXPECT_EQ(MakePath(item, TEXT("[1].x"), Kind::Container, KindMatch::AnyPresent, &growth),
+              nullptr);
+    EXPECT_TRUE(MakePath(item, TEXT("[1].x"), Kind::Int, KindMatch::AnyPresent, &growth));
+    growth.Undo();
+    EXPECT_EQ(list.ItemAt(1), nullptr) << "empty again";
+    DataItem* const made = MakePath(item, TEXT("[1]"), Kind::Int);
+    EXPECT_TRUE(SetInt(made, 5) && made == list.ItemAt(1));
+    EXPECT_EQ(list.GetCount(), 3u);
+    const auto copy = CreateItem(nullptr, nullptr, nullptr, nullptr, Kind::Array);
+    EXPECT_TRUE(copy->Assign(&item, true, false));
+    EXPECT_TRUE(copy->Equals(&item, 0) && item.Equals(copy.get(), 0));
+    EXPECT_TRUE(list.RemoveAt(0) && list.InsertAt(-1, Kind::Int));
+    EXPECT_FALSE(copy->Equals(&item, 0) || item.Equals(copy.get(), 0));
+}
+
 TEST(ItemPath, LeavesNothingHalfMade) {
     const auto runs = test_support::FailEachAllocation([](const auto& hasFailed) {
         const Bag bag = MakeBag();

@@ -171,6 +171,21 @@ TEST_F(RegistryLayout, ClosesTheHolesOfArrays) {
     }
 }
 
+// The key of an array comes back with the first one below it, and its own values only after that.
+TEST_F(RegistryLayout, WritesAllBelowAnArrayThatItEmpties) {
+    for (const WCHAR* const path :
+         {TEXT("l[0][0].x"), TEXT("l[0][1]"), TEXT("l[0][2].y"), TEXT("l[1]"), TEXT("l[2].z")}) {
+        EXPECT_TRUE(SetInt(Make(path, Kind::Int), 5));
+    }
+    for (const bool trustsStamps : {false, true}) {
+        EXPECT_EQ(Save(Root(), false), S_OK);
+        EXPECT_EQ(Load(Root()), S_OK) << "which makes stamps, inside transactions or not";
+        EXPECT_TRUE(FindPath(Root(), TEXT("l"))->AsArray()->Move(1, 3, 1));
+        EXPECT_EQ(Save(Root(), true, trustsStamps), S_OK);
+        EXPECT_EQ(DumpBag(), LayoutOf(Root()));
+    }
+}
+
 TEST_F(RegistryLayout, ReadsMarkers) {
     const DWORD kArray = 0x1001;
     const DWORD kInt = 2;

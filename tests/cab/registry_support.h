@@ -65,12 +65,18 @@ inline Lines DumpBag(const WCHAR* path = kBagKey) {
     return lines;
 }
 
+/// What becomes of the empty places of arrays.
+enum class Gaps { Kept, Closed };
+
 /// What a full save of an item has to leave. \return whether it leaves a key.
-inline bool Layout(DataItem& item, const WideString& prefix, bool omitDefaults, Lines& lines) {
+inline bool Layout(DataItem& item, const WideString& prefix, bool omitDefaults, Gaps gaps,
+                   Lines& lines) {
     Lines below;
+    std::uint32_t present = 0;
     for (std::uint32_t i = 0; i < item.AsContainer()->GetCount(); ++i) {
+        if (!item.AsContainer()->ItemAt(i)) continue;
         DataItem& child = *item.AsContainer()->ItemAt(i);
-        std::string digits = std::to_string(i);
+        std::string digits = std::to_string(gaps == Gaps::Kept ? i : present++);
         digits.insert(0, 6 - digits.size(), '0');
         const WideString name =
             item.AsArray() ? platform::FromUtf8(digits) : WideString(item.AsDictionary()->KeyAt(i));
@@ -82,7 +88,7 @@ inline bool Layout(DataItem& item, const WideString& prefix, bool omitDefaults, 
         if (child.GetFlags() & ItemTransient ||
             (omits && child.IsDefault() && !child.AsContainer()))
             continue;
-        if (child.AsContainer() && Layout(child, path, omits, below)) below[path] = "key";
+        if (child.AsContainer() && Layout(child, path, omits, gaps, below)) below[path] = "key";
         std::int32_t integer = 0;
         std::int64_t integer64 = 0;
         double number = 0;
@@ -114,9 +120,9 @@ inline bool Layout(DataItem& item, const WideString& prefix, bool omitDefaults, 
     return hasKey;
 }
 
-inline Lines LayoutOf(DataItem& item) {
+inline Lines LayoutOf(DataItem& item, Gaps gaps = Gaps::Kept) {
     Lines lines;
-    Layout(item, {}, !item.AsArray(), lines);
+    Layout(item, {}, !item.AsArray(), gaps, lines);
     return lines;
 }
 

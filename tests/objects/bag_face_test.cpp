@@ -130,6 +130,16 @@ TEST(BagFaces, MissingItemsComeIntoBeingWhenTheyAreWritten) {
     ComPtr<IBagItem> made;
     EXPECT_EQ(list->Append(5, made.Put()), S_OK);
     EXPECT_EQ(JsonOf(*bag.Get()), R"({"a":{"b":{"c":6}},"list":[""]})");
+
+    // An empty place of an array is one that is missing.
+    Fill(*bag.Get(), TEXT("{\"list\":[null,null,3]}"));
+    const ComPtr<IBagItem> place = item(*list.Get(), TEXT("[1]"), S_FALSE);
+    EXPECT_EQ(root->GetIntAt(TEXT("list[1]"), 8, &number), S_OK);
+    EXPECT_EQ(number, 8);
+    EXPECT_EQ(place->PutInt(2), S_OK);
+    EXPECT_EQ(list->GetCount(&number), S_OK);
+    EXPECT_EQ(number, 3);
+    EXPECT_EQ(JsonOf(*bag.Get()), R"({"a":{"b":{"c":6}},"list":["",2,3]})");
 }
 
 TEST(BagFaces, AreMadeInTheShapeOfTemplates) {
