@@ -199,6 +199,14 @@ bool HasLettered(HKEY key, Kind kind, WStringView name, WStringView present) noe
                ERROR_SUCCESS;
 }
 
+/// Of an item that did not take its value the next save writes its own, or none.
+bool Refuse(DataDictionary& dictionary, WStringView name) noexcept {
+    DataItem* const item = dictionary.Find(name);
+    if (item && !item->AsContainer()) item->SetFlags(ItemDirty, ItemDirty);
+    return false;
+}
+
+/// \return false if the bag has no use for the value.
 bool TakeDictionaryValue(DataDictionary& dictionary, HKEY key,
                          const RegistryValue& value) noexcept {
     const ValueName split = SplitValueName(value.name);
@@ -207,7 +215,7 @@ bool TakeDictionaryValue(DataDictionary& dictionary, HKEY key,
     if (IsTransient(present, declared)) return true;
     const Kind expected = split.hasLetter ? split.kind : present ? present->GetType() : Kind::None;
     ReadValue read;
-    if (!ReadAs(value, expected, read)) return false;
+    if (!ReadAs(value, expected, read)) return Refuse(dictionary, split.name);
     // A save has written the item anew beside the value that it was first read from.
     if (!split.hasLetter && HasLettered(key, read.kind, split.name, value.name)) return true;
     DataItem* const item = dictionary.GetOrAdd(
@@ -215,7 +223,7 @@ bool TakeDictionaryValue(DataDictionary& dictionary, HKEY key,
     if (!item) return false;
     if (TakeValue(*item, read)) return true;
     if (!present) dictionary.Drop(split.name);
-    return false;
+    return Refuse(dictionary, split.name);
 }
 
 bool Loader::LoadDictionary(DataDictionary& dictionary, HKEY key, bool& complete) noexcept {

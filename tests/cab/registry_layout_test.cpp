@@ -130,6 +130,21 @@ TEST_F(RegistryLayout, TakesWhatOthersWroteIfItFits) {
     }
 }
 
+TEST_F(RegistryLayout, TakesAwayWhatItsItemRefused) {
+    const ItemSpec leaves[] = {
+        Leaf(TEXT("empty"), Kind::String), Leaf(TEXT("text"), Kind::String), {}};
+    const ItemSpec spec = Branch(nullptr, Kind::Dictionary, leaves, 2);
+    const Bag bag = MakeBag(&spec);
+    DataItem& root = *bag->GetRootItem();
+    EXPECT_TRUE(FindPath(root, TEXT("text"))->SetText(TEXT("x")));
+    PutInt(TEXT("t.empty"), 6);
+    PutInt(TEXT("t.text"), 6);
+    ASSERT_EQ(Load(root), S_OK);
+    EXPECT_EQ(Save(root, true), S_OK);
+    EXPECT_EQ(DumpBag(), (Lines{{TEXT("|t.text"), "1:78000000"}}));
+    ExpectNothingToSave(root);
+}
+
 TEST_F(RegistryLayout, ClosesTheHolesOfArrays) {
     const struct {
         const char* why;
