@@ -1,5 +1,5 @@
-// A bag of 10,000 values in the registry: saved and loaded, beside the same rows written to a plain
-// SQLite file and read from it; and an incremental save of one change.
+// A bag of 10,000 values in the registry: saved and loaded, beside the same rows written to a store
+// of the same kind and read from it directly; and an incremental save of one change.
 
 #include <cstdlib>
 #include <filesystem>
@@ -67,16 +67,17 @@ void Require(HRESULT result) {
     if (FAILED(result)) std::abort();
 }
 
-/// The peer: one table of groups, names and numbers.
+/// The peer: the registry's table of values in a file that is as safe, without keys around it.
 class Database {
 public:
     explicit Database(const std::string& path) {
         if (sqlite3_open(path.c_str(), &database_) != SQLITE_OK) std::abort();
-        Run("PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL;"
-            "CREATE TABLE rows(place INTEGER, name TEXT, type INTEGER, data BLOB,"
-            " PRIMARY KEY(place, name)) WITHOUT ROWID;");
-        Prepare("INSERT INTO rows VALUES(?, ?, 4, ?)", insert_);
-        Prepare("SELECT name, type, data FROM rows WHERE place = ?", select_);
+        Run("PRAGMA encoding='UTF-16le'; PRAGMA journal_mode=DELETE; PRAGMA synchronous=FULL;"
+            "CREATE TABLE vals(key INTEGER NOT NULL, folded BLOB NOT NULL, name BLOB NOT NULL,"
+            " type INTEGER NOT NULL, data BLOB NOT NULL, PRIMARY KEY(key, folded))"
+            " STRICT, WITHOUT ROWID;");
+        Prepare("INSERT INTO vals VALUES(?1, ?2, ?3, 4, ?4)", insert_);
+        Prepare("SELECT folded, name, type, data FROM vals WHERE key = ? ORDER BY folded", select_);
     }
     ~Database() {
         sqlite3_finalize(insert_);
@@ -85,13 +86,17 @@ public:
     }
 
     void Save() {
-        Run("BEGIN; DELETE FROM rows;");
+        Run("BEGIN IMMEDIATE; DELETE FROM vals;");
         for (int key = 0; key < kKeys; ++key) {
             for (int i = 0; i < kValues; ++i) {
-                const std::string name = "value" + std::to_string(i);
+                const std::string number = std::to_string(i);
+                const auto folded = platform::FromUtf8("I.VALUE" + number);
+                const auto name = platform::FromUtf8("i.value" + number);
+                const auto bytes = static_cast<int>(name.size() * sizeof(WCHAR));
                 sqlite3_bind_int(insert_, 1, key);
-                sqlite3_bind_text(insert_, 2, name.c_str(), -1, SQLITE_TRANSIENT);
-                sqlite3_bind_blob(insert_, 3, &i, sizeof i, SQLITE_TRANSIENT);
+                sqlite3_bind_blob(insert_, 2, folded.data(), bytes, SQLITE_STATIC);
+                sqlite3_bind_blob(insert_, 3, name.data(), bytes, SQLITE_STATIC);
+                sqlite3_bind_blob(insert_, 4, &i, sizeof i, SQLITE_STATIC);
                 if (sqlite3_step(insert_) != SQLITE_DONE) std::abort();
                 sqlite3_reset(insert_);
             }
@@ -104,7 +109,8 @@ public:
         for (int key = 0; key < kKeys; ++key) {
             sqlite3_bind_int(select_, 1, key);
             while (sqlite3_step(select_) == SQLITE_ROW) {
-                rows += sqlite3_column_bytes(select_, 2) == 4 && sqlite3_column_text(select_, 0);
+                rows += sqlite3_column_bytes(select_, 3) == 4 && sqlite3_column_blob(select_, 1) &&
+                        sqlite3_column_int(select_, 2) == 4;
             }
             sqlite3_reset(select_);
         }

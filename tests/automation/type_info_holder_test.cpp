@@ -239,7 +239,10 @@ TEST_F(TypeInfoHolderTest, SurvivesArgumentsOfEverySort) {
             VARIANT& lent = *room[n - 1].Change();
             fill(lent);
             VARIANT argument = own[n - 1].Get();
-            const unsigned form = upTo(4);
+            // A VARIANT that the member gives another value is to be its caller's own.
+            const bool isChanged =
+                member == 5 && (kind == VT_BSTR || kind == VT_DISPATCH || kind == VT_UNKNOWN);
+            const unsigned form = isChanged ? 0 : upTo(4);
             if (form == 0) argument = Of(VT_BYREF | VT_VARIANT, &lent);
             if (form == 1 && kind > VT_NULL && kind != VT_VARIANT && kind != VT_ERROR) {
                 const bool isWhole = kind == VT_DECIMAL;
