@@ -111,7 +111,7 @@ public:
         for (;;) {
             std::uint32_t colon = 0;
             if (!Find(true, colon)) return false;
-            // The unit before the colon is taken for the closing quote.
+            // The unit before the colon is taken for the closing quote, and stands right behind.
             const WStringView key = Piece(at_, colon - 1);
             Begin(colon);
             std::uint32_t comma = 0;
@@ -147,8 +147,9 @@ private:
             const WStringView name = Decode(source_, key.substr(1), hasEscapes);
             node->name = name.data();
             node->nameLength = static_cast<std::uint32_t>(name.size());
-            // A name with escapes needs them again when it is written.
-            node->nameEncoded = hasEscapes;
+            // A name with escapes needs them again when it is written, and one that other units
+            // than quotes stood around may have quotes in it.
+            node->nameEncoded = hasEscapes || key.empty() || key[0] != '"' || *key.end() != '"';
         }
         SetText(*node, piece);
         ClassifyPiece(*node, piece);
