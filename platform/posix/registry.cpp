@@ -36,7 +36,7 @@ void TerminateText(BYTE* data, DWORD size, DWORD room) {
     data[size + 1] = 0;
 }
 
-LSTATUS GiveName(const platform::WideString& found, LPWSTR name, LPDWORD length) {
+LSTATUS GiveName(WideView found, LPWSTR name, LPDWORD length) {
     if (found.size() >= *length) return ERROR_MORE_DATA;
     found.copy(name, found.size());
     name[found.size()] = 0;

@@ -37,7 +37,8 @@ enum class Query {
     ValuesAt,
     NextValues,
     KeyTime,
-    KeyInfo,
+    CountChildren,
+    MeasureValues,
     Count,
 };
 

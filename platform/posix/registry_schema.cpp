@@ -95,18 +95,17 @@ const char* QueryText(Query query) {
                    "ORDER BY folded LIMIT 1";
         case Query::ValuesAt:
             return "SELECT folded, name, type, data FROM vals WHERE key = ?1 "
-                   "ORDER BY folded LIMIT 64 OFFSET ?2";
+                   "ORDER BY folded LIMIT ?3 OFFSET ?2";
         case Query::NextValues:
             return "SELECT folded, name, type, data FROM vals WHERE key = ?1 AND folded > ?2 "
-                   "ORDER BY folded LIMIT 64";
+                   "ORDER BY folded LIMIT ?3";
         case Query::KeyTime:
             return "SELECT written FROM keys WHERE id = ?1";
-        case Query::KeyInfo:
-            return "SELECT written, (SELECT count(*) FROM keys AS k WHERE k.parent = keys.id), "
-                   "count(vals.key), max(ifnull(length(vals.name), 0)), "
-                   "max(ifnull(length(vals.data), 0)) "
-                   "FROM keys LEFT JOIN vals ON vals.key = keys.id WHERE keys.id = ?1 "
-                   "GROUP BY keys.id";
+        case Query::CountChildren:
+            return "SELECT count(*) FROM keys WHERE parent = ?1";
+        case Query::MeasureValues:
+            return "SELECT count(*), max(length(name)), max(length(data)) FROM vals "
+                   "WHERE key = ?1";
         case Query::Count:
             break;
     }

@@ -39,6 +39,7 @@ RegistryStore& RegistryStore::Instance() {
 LSTATUS RegistryStore::EnsureOpen() {
     if (database_.IsOpen()) return ERROR_SUCCESS;
     const LSTATUS status = database_.Open(ProfileFolder());
+    tree_.ForgetFile();
     if (status == ERROR_SUCCESS && database_.Identity() != identity_) {
         identity_ = database_.Identity();
         ++generation_;

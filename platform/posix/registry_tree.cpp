@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <ctime>
+#include <utility>
 
 #include "platform/posix/case_fold.h"
 
@@ -11,6 +12,7 @@ namespace {
 
 constexpr std::size_t kMaxKeyNameUnits = 255;
 constexpr std::size_t kMaxValueNameUnits = 16383;
+constexpr std::size_t kMostValuesAhead = 256;
 
 /// Now, as a FILETIME: 100 ns since 1601.
 std::int64_t Now() {
@@ -35,13 +37,18 @@ void ReadText(const Statement& statement, int column, WideString& text) {
     if (!text.empty()) std::memcpy(text.data(), bytes, text.size() * sizeof(WCHAR));
 }
 
-/// Gives a column of bytes in the way of RegQueryValueExW.
-LSTATUS ReadData(const Statement& statement, int column, BYTE* data, DWORD& size) {
-    const DWORD room = size;
-    const void* const stored = statement.Bytes(column, size);
+ValueBatch::Stored Stored(const Statement& statement, int column) {
+    DWORD size = 0;
+    const void* const bytes = statement.Bytes(column, size);
+    return {bytes, size};
+}
+
+/// Gives data in the way of RegQueryValueExW.
+LSTATUS GiveData(ValueBatch::Stored stored, BYTE* data, DWORD& size) {
+    const DWORD room = std::exchange(size, stored.size);
     if (!data) return ERROR_SUCCESS;
     if (size > room) return ERROR_MORE_DATA;
-    if (size) std::memcpy(data, stored, size);
+    if (size) std::memcpy(data, stored.bytes, size);
     return ERROR_SUCCESS;
 }
 
@@ -155,9 +162,9 @@ LSTATUS RegistryTree::DeleteEmptyKey(KeyId key) {
     touchedKey_ = 0;
     Transaction transaction(database_, Transaction::Kind::Writing);
     if (transaction.Status() != ERROR_SUCCESS) return transaction.Status();
-    KeyInfo info;
-    LSTATUS status = ReadInfo(key, info);
-    if (status == ERROR_SUCCESS && info.subkeys > 0) status = ERROR_ACCESS_DENIED;
+    DWORD children = 0;
+    LSTATUS status = CountChildren(key, children);
+    if (status == ERROR_SUCCESS && children > 0) status = ERROR_ACCESS_DENIED;
     if (status == ERROR_SUCCESS) status = TouchParent(key);
     for (const Query query : {Query::DeleteValuesOf, Query::DeleteKey}) {
         if (status == ERROR_SUCCESS) status = Statement(database_, query).Bind(1, key).Run();
@@ -165,14 +172,12 @@ LSTATUS RegistryTree::DeleteEmptyKey(KeyId key) {
     return status == ERROR_SUCCESS ? transaction.Commit() : status;
 }
 
-LSTATUS RegistryTree::StepTo(Statement& next, Statement& counted, const Cursor& cursor, KeyId key,
-                             DWORD index, std::int64_t written, Statement*& used) {
-    const bool follows =
-        cursor.key == key && cursor.written == written && index > 0 && cursor.index == index - 1;
-    used = follows ? &next : &counted;
+LSTATUS RegistryTree::StepTo(Statement& next, Statement& counted, std::optional<WideView> behind,
+                             KeyId key, DWORD index, Statement*& used) {
+    used = behind ? &next : &counted;
     used->Bind(1, key);
-    if (follows) {
-        used->Bind(2, cursor.folded);
+    if (behind) {
+        used->Bind(2, *behind);
     } else {
         used->Bind(2, std::int64_t{index});
     }
@@ -185,19 +190,27 @@ LSTATUS RegistryTree::StepTo(Statement& next, Statement& counted, const Cursor& 
 }
 
 LSTATUS RegistryTree::ReadChildName(KeyId key, DWORD index, WideString& name) {
+    const Transaction moment(database_, Transaction::Kind::Reading);
+    if (moment.Status() != ERROR_SUCCESS) return moment.Status();
     std::int64_t written = 0;
     LSTATUS status = ReadTime(key, written);
     if (status != ERROR_SUCCESS) return status;
+    const bool follows =
+        cursor_.key == key && cursor_.written == written && index > 0 && cursor_.index == index - 1;
+    const auto behind = follows ? std::optional<WideView>(cursor_.folded) : std::nullopt;
     Statement next(database_, Query::NextChild);
     Statement counted(database_, Query::ChildAt);
     Statement* used = nullptr;
-    status = StepTo(next, counted, keyCursor_, key, index, written, used);
+    status = StepTo(next, counted, behind, key, index, used);
     if (status != ERROR_SUCCESS) return status;
     ReadText(*used, 1, name);
-    keyCursor_.key = key;
-    keyCursor_.written = written;
-    keyCursor_.index = index;
-    ReadText(*used, 0, keyCursor_.folded);
+    cursor_.key = key;
+    cursor_.written = written;
+    cursor_.index = index;
+    // Bound to the cursor's text until here.
+    WideString folded;
+    ReadText(*used, 0, folded);
+    cursor_.folded = std::move(folded);
     return ERROR_SUCCESS;
 }
 
@@ -211,17 +224,41 @@ LSTATUS RegistryTree::ReadTime(KeyId key, std::int64_t& written) {
     return ERROR_SUCCESS;
 }
 
+LSTATUS RegistryTree::CountChildren(KeyId key, DWORD& count) {
+    Statement statement(database_, Query::CountChildren);
+    bool found = false;
+    const LSTATUS status = statement.Bind(1, key).Step(found);
+    if (status == ERROR_SUCCESS) count = static_cast<DWORD>(statement.Number(0));
+    return status;
+}
+
 LSTATUS RegistryTree::ReadInfo(KeyId key, KeyInfo& info) {
-    Statement statement(database_, Query::KeyInfo);
+    const Transaction moment(database_, Transaction::Kind::Reading);
+    if (moment.Status() != ERROR_SUCCESS) return moment.Status();
+    LSTATUS status = CountChildren(key, info.subkeys);
+    if (status != ERROR_SUCCESS) return status;
+    status = ReadTime(key, info.written);
+    if (status != ERROR_SUCCESS) return status;
+    status = ReadAhead(key, 0);
+    if (status == ERROR_NO_MORE_ITEMS) return ERROR_SUCCESS;
+    if (status != ERROR_SUCCESS || !ahead_.isToTheEnd) return MeasureValues(key, info);
+    info.values = static_cast<DWORD>(ahead_.rows.Count());
+    for (std::size_t i = 0; i < ahead_.rows.Count(); ++i) {
+        const ValueBatch::Row row = ahead_.rows.At(i);
+        info.longestName = std::max(info.longestName, static_cast<DWORD>(row.name.size()));
+        info.longestData = std::max(info.longestData, row.size);
+    }
+    return ERROR_SUCCESS;
+}
+
+LSTATUS RegistryTree::MeasureValues(KeyId key, KeyInfo& info) {
+    Statement statement(database_, Query::MeasureValues);
     bool found = false;
     const LSTATUS status = statement.Bind(1, key).Step(found);
     if (status != ERROR_SUCCESS) return status;
-    if (!found) return ERROR_KEY_DELETED;
-    info.written = statement.Number(0);
-    info.subkeys = static_cast<DWORD>(statement.Number(1));
-    info.values = static_cast<DWORD>(statement.Number(2));
-    info.longestName = static_cast<DWORD>(statement.Number(3) / sizeof(WCHAR));
-    info.longestData = static_cast<DWORD>(statement.Number(4));
+    info.values = static_cast<DWORD>(statement.Number(0));
+    info.longestName = static_cast<DWORD>(statement.Number(1) / sizeof(WCHAR));
+    info.longestData = static_cast<DWORD>(statement.Number(2));
     return ERROR_SUCCESS;
 }
 
@@ -237,72 +274,86 @@ LSTATUS RegistryTree::ReadValue(KeyId key, WideView name, DWORD& type, BYTE* dat
     // The file may come from elsewhere, and a conversion would move the bytes.
     if (!statement.IsBlob(1)) return ERROR_REGISTRY_CORRUPT;
     type = static_cast<DWORD>(statement.Number(0));
-    return ReadData(statement, 1, data, size);
+    return GiveData(Stored(statement, 1), data, size);
+}
+
+void RegistryTree::ForgetFile() {
+    cursor_ = {};
+    ahead_.key = 0;
+    touchedKey_ = 0;
 }
 
 std::int64_t RegistryTree::Changes() const {
     return sqlite3_total_changes64(database_.Connection());
 }
 
-const RegistryTree::ValuesAhead::Row* RegistryTree::RowAhead(KeyId key, DWORD index) const {
-    if (key != ahead_.key || index != ahead_.next || ahead_.changes != Changes()) return nullptr;
-    const std::size_t place = index - ahead_.first;
-    return place < ahead_.rows.size() ? &ahead_.rows[place] : nullptr;
+bool RegistryTree::IsAheadIn(KeyId key) const {
+    return ahead_.key == key && ahead_.changes == Changes();
+}
+
+void RegistryTree::TakeRows(Statement& statement, KeyId key, DWORD index, std::int64_t written) {
+    constexpr std::size_t kMostBytes = 64 * 1024;
+    ahead_.key = key;
+    ahead_.written = written;
+    ahead_.changes = Changes();
+    ahead_.first = ahead_.next = index;
+    ahead_.isToTheEnd = false;
+    ahead_.rows.Clear();
+    // What fails behind the first row is told when its turn comes.
+    for (bool found = true; ahead_.rows.Bytes() < kMostBytes;) {
+        if (!statement.IsBlob(0) || !statement.IsBlob(1) || !statement.IsBlob(3)) return;
+        ahead_.rows.Add(Stored(statement, 0), Stored(statement, 1),
+                        static_cast<DWORD>(statement.Number(2)), Stored(statement, 3));
+        if (statement.Step(found) != ERROR_SUCCESS) return;
+        if (!found) {
+            ahead_.isToTheEnd = ahead_.rows.Count() < kMostValuesAhead;
+            return;
+        }
+    }
 }
 
 LSTATUS RegistryTree::ReadAhead(KeyId key, DWORD index) {
-    constexpr std::size_t kMostBytes = 64 * 1024;
-    ahead_.rows.clear();
+    const Transaction moment(database_, Transaction::Kind::Reading);
+    if (moment.Status() != ERROR_SUCCESS) return moment.Status();
     std::int64_t written = 0;
     LSTATUS status = ReadTime(key, written);
     if (status != ERROR_SUCCESS) return status;
+    const bool isKnown = IsAheadIn(key) && ahead_.written == written;
+    if (isKnown && index >= ahead_.first && index - ahead_.first < ahead_.rows.Count()) {
+        return ERROR_SUCCESS;
+    }
+    // Bound until the statement ends, while the rows change.
+    WideString last;
+    std::optional<WideView> behind;
+    if (isKnown && index > ahead_.first && index - ahead_.first == ahead_.rows.Count()) {
+        last = ahead_.rows.At(ahead_.rows.Count() - 1).folded;
+        behind = last;
+    }
     Statement next(database_, Query::NextValues);
     Statement counted(database_, Query::ValuesAt);
-    Statement* used = nullptr;
-    status = StepTo(next, counted, valueCursor_, key, index, written, used);
-    if (status != ERROR_SUCCESS) return status;
-    ahead_.key = key;
-    ahead_.changes = Changes();
-    ahead_.first = ahead_.next = index;
-    std::size_t bytes = 0;
-    for (bool found = true; found && bytes < kMostBytes;) {
-        if (!used->IsBlob(0) || !used->IsBlob(1) || !used->IsBlob(3)) break;
-        ValuesAhead::Row& row = ahead_.rows.emplace_back();
-        ReadText(*used, 0, row.folded);
-        ReadText(*used, 1, row.name);
-        row.type = static_cast<DWORD>(used->Number(2));
-        DWORD size = 0;
-        const auto* const data = static_cast<const BYTE*>(used->Bytes(3, size));
-        row.data.assign(data, data + size);
-        bytes += size;
-        // What fails behind the first row is told when its turn comes.
-        if (used->Step(found) != ERROR_SUCCESS) break;
+    for (Statement* const statement : {&next, &counted}) {
+        statement->Bind(3, std::int64_t{kMostValuesAhead});
     }
-    if (ahead_.rows.empty()) return ERROR_REGISTRY_CORRUPT;
-    valueCursor_.key = key;
-    valueCursor_.written = written;
-    return ERROR_SUCCESS;
+    Statement* used = nullptr;
+    status = StepTo(next, counted, behind, key, index, used);
+    if (status != ERROR_SUCCESS) return status;
+    TakeRows(*used, key, index, written);
+    return ahead_.rows.Count() > 0 ? ERROR_SUCCESS : ERROR_REGISTRY_CORRUPT;
 }
 
 LSTATUS RegistryTree::ReadValueAt(KeyId key, DWORD index, FoundValue& value, BYTE* data,
                                   DWORD& size) {
-    const ValuesAhead::Row* row = index > 0 ? RowAhead(key, index) : nullptr;
-    if (!row) {
+    const bool goesOn = index > 0 && index == ahead_.next && IsAheadIn(key);
+    const bool isBehind = goesOn && index - ahead_.first >= ahead_.rows.Count();
+    if (isBehind && ahead_.isToTheEnd) return ERROR_NO_MORE_ITEMS;
+    if (!goesOn || isBehind) {
         if (const LSTATUS status = ReadAhead(key, index); status != ERROR_SUCCESS) return status;
-        row = &ahead_.rows.front();
     }
-    value.name = row->name;
-    value.type = row->type;
-    valueCursor_.index = index;
-    valueCursor_.folded = row->folded;
-    // A caller that had too little room asks again, which reads it again.
+    const ValueBatch::Row row = ahead_.rows.At(index - ahead_.first);
+    value = {row.name, row.type};
+    // A caller that had too little room asks again, which looks at the key again.
     ahead_.next = index + 1;
-    const DWORD room = size;
-    size = static_cast<DWORD>(row->data.size());
-    if (!data) return ERROR_SUCCESS;
-    if (size > room) return ERROR_MORE_DATA;
-    if (size) std::memcpy(data, row->data.data(), size);
-    return ERROR_SUCCESS;
+    return GiveData({row.data, row.size}, data, size);
 }
 
 LSTATUS RegistryTree::TouchOnce(KeyId key) {

@@ -1,9 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
+#include <optional>
 
 #include "platform/posix/registry_database.h"
+#include "platform/posix/value_batch.h"
 #include "platform/registry.h"
 
 namespace platform {
@@ -21,7 +22,7 @@ struct KeyInfo {
 
 /// A value that an enumeration came to.
 struct FoundValue {
-    WideString name;
+    WideView name;
     DWORD type = 0;
 };
 
@@ -35,6 +36,8 @@ public:
     RegistryTree& operator=(const RegistryTree&) = delete;
 
     [[nodiscard]] RegistryDatabase& Database() const { return database_; }
+    /// To be called when the connection was opened anew: nothing is known of its keys.
+    void ForgetFile();
 
     /// The key at a path below an open one; an empty path is that key itself.
     LSTATUS Find(KeyId start, WideView path, KeyId& key);
@@ -47,12 +50,17 @@ public:
     LSTATUS ReadChildName(KeyId key, DWORD index, WideString& name);
 
     LSTATUS ReadTime(KeyId key, std::int64_t& written);
-    /// Visits every value of the key.
+    /// Visits every value of the key, and keeps what it has read for the enumeration that mostly
+    /// follows.
     LSTATUS ReadInfo(KeyId key, KeyInfo& info);
 
     /// `data` and `size` as RegQueryValueExW has them; a null `data` reads only type and size.
     LSTATUS ReadValue(KeyId key, WideView name, DWORD& type, BYTE* data, DWORD& size);
-    /// The value at a place in the alphabet, or ERROR_NO_MORE_ITEMS.
+    /// The value at a place in the alphabet, or ERROR_NO_MORE_ITEMS; `data` and `size` as above.
+    /// Its name is valid until the next call.
+    ///
+    /// An enumeration sees values as they were when it came to the first of a batch: other
+    /// processes may change the key meanwhile, this one's changes are noticed.
     LSTATUS ReadValueAt(KeyId key, DWORD index, FoundValue& value, BYTE* data, DWORD& size);
     LSTATUS WriteValue(KeyId key, WideView name, DWORD type, const BYTE* data, DWORD size);
     LSTATUS DeleteValue(KeyId key, WideView name);
@@ -61,8 +69,8 @@ public:
     LSTATUS MissingOrDeleted(KeyId key);
 
 private:
-    /// Where an enumeration came to: as long as the key is as it was, the next place is found by
-    /// the name before it, without counting from the first one.
+    /// Where an enumeration of subkeys came to: as long as the key is as it was, the next place is
+    /// found by the name before it, without counting from the first one.
     struct Cursor {
         KeyId key = 0;
         std::int64_t written = 0;
@@ -70,40 +78,39 @@ private:
         WideString folded;
     };
 
-    LSTATUS FindChild(KeyId parent, WideView name, KeyId& key);
-    LSTATUS AddChild(KeyId parent, WideView name, KeyId& key);
-    LSTATUS Touch(KeyId key);
-    LSTATUS TouchParent(KeyId key);
-    /// Values read ahead of an enumeration, which sees them as they were when it came to the first
-    /// of them: other processes may change the key meanwhile, this one's changes are noticed.
+    /// Values read ahead of an enumeration.
     struct ValuesAhead {
-        struct Row {
-            WideString name;
-            WideString folded;
-            DWORD type = 0;
-            std::vector<BYTE> data;
-        };
         KeyId key = 0;
+        std::int64_t written = 0;
         std::int64_t changes = 0;  // of this connection, when they were read
         DWORD first = 0;           // the index of the first row
         DWORD next = 0;            // the index that is served next
-        std::vector<Row> rows;
+        bool isToTheEnd = false;   // no value stands behind the last row
+        ValueBatch rows;
     };
 
-    /// The row of an index, if it was read ahead; null if not.
-    [[nodiscard]] const ValuesAhead::Row* RowAhead(KeyId key, DWORD index) const;
+    LSTATUS FindChild(KeyId parent, WideView name, KeyId& key);
+    LSTATUS AddChild(KeyId parent, WideView name, KeyId& key);
+    LSTATUS CountChildren(KeyId key, DWORD& count);
+    /// Numbers and lengths of the values.
+    LSTATUS MeasureValues(KeyId key, KeyInfo& info);
+    LSTATUS Touch(KeyId key);
+    LSTATUS TouchParent(KeyId key);
+    /// Whether the values ahead are those of the key as this connection knows it.
+    [[nodiscard]] bool IsAheadIn(KeyId key) const;
     LSTATUS ReadAhead(KeyId key, DWORD index);
+    /// Reads from a statement that has come to its first row.
+    void TakeRows(Statement& statement, KeyId key, DWORD index, std::int64_t written);
     [[nodiscard]] std::int64_t Changes() const;
     /// Touches a key within a transaction, unless that has just been done.
     LSTATUS TouchOnce(KeyId key);
 
-    /// Binds the query of the place behind the cursor, or of the index where that does not serve.
-    LSTATUS StepTo(Statement& next, Statement& counted, const Cursor& cursor, KeyId key,
-                   DWORD index, std::int64_t written, Statement*& used);
+    /// Steps to the row behind a folded name, or where none is known to the one of an index.
+    LSTATUS StepTo(Statement& next, Statement& counted, std::optional<WideView> behind, KeyId key,
+                   DWORD index, Statement*& used);
 
     RegistryDatabase& database_;
-    Cursor keyCursor_;
-    Cursor valueCursor_;
+    Cursor cursor_;
     ValuesAhead ahead_;
     KeyId touchedKey_ = 0;  // 0 for none
     std::int64_t touched_ = 0;

@@ -19,6 +19,7 @@
 #include "platform/profile.h"
 #include "platform/registry.h"
 #include "platform/scope_exit.h"
+#include "platform/text.h"
 #include "tests/platform/child_process.h"
 
 namespace platform {
@@ -357,6 +358,38 @@ TEST_F(RegistryStoreTest, ProcessesThatWriteAtOnceLoseNothing) {
     EXPECT_EQ(values, kProcesses * kWrites);
     EXPECT_EQ(Read(TEXT("B-19")), 19u);
     EXPECT_TRUE(IsHealthy());
+}
+
+TEST_F(RegistryStoreTest, AnEnumerationThatBeginsSeesWhatOthersWroteBefore) {
+    ASSERT_EQ(Write(7), ERROR_SUCCESS);
+    RegistryKey key;
+    ASSERT_EQ(Open(KEY_READ, key), ERROR_SUCCESS);
+    const auto count = [&] {
+        DWORD values = 0;
+        EXPECT_EQ(RegQueryInfoKeyW(key.Get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                   &values, nullptr, nullptr, nullptr, nullptr),
+                  ERROR_SUCCESS);
+        return values;
+    };
+    const auto nameAt = [&](DWORD index) {
+        WCHAR name[10] = {};
+        DWORD units = 10;
+        (void)RegEnumValueW(key.Get(), index, name, &units, nullptr, nullptr, nullptr, nullptr);
+        return ToUtf8(name);
+    };
+    for (const bool isBegun : {false, true}) {
+        const DWORD before = count();  // It reads the values, too.
+        if (isBegun) {
+            EXPECT_EQ(nameAt(0), "A-0");
+        }
+        const std::string prefix = isBegun ? "0-" : "A-";
+        EXPECT_EQ(ChildProcess({"write", "Software\\Store", prefix, "2"}).Wait(), 0);
+        EXPECT_EQ(nameAt(0), prefix + "0");
+        EXPECT_EQ(nameAt(1), prefix + "1");
+        EXPECT_EQ(nameAt(before + 1), "v");
+        EXPECT_EQ(nameAt(before + 2), "");
+        EXPECT_EQ(count(), before + 2);
+    }
 }
 
 TEST_F(RegistryStoreTest, AKilledWriterLeavesWholeValues) {

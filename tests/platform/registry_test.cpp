@@ -292,7 +292,7 @@ TEST_F(RegistryTest, DeletesAndNamesSubkeysOneByOne) {
 
 // Values stand in an order of the system's own, which holds until one of them goes.
 TEST_F(RegistryTest, NamesEachValueOnceAlsoWhileTheyChange) {
-    constexpr DWORD kValues = 150;
+    constexpr DWORD kValues = 300;
     for (DWORD i = 0; i < kValues; ++i) {
         const WideString name = FromUtf8("value " + std::to_string(i));
         ASSERT_EQ(Write(name.c_str(), REG_BINARY, Bytes(i * 20, static_cast<BYTE>(i))),
@@ -315,7 +315,7 @@ TEST_F(RegistryTest, NamesEachValueOnceAlsoWhileTheyChange) {
         names.push_back(nameAt(i, kValues * 20));
         const DWORD number = static_cast<DWORD>(std::stoi(names[i].substr(6)));
         ASSERT_EQ(size, number * 20);
-        ASSERT_TRUE(size == 0 || data[size - 1] == number);
+        ASSERT_TRUE(size == 0 || data[size - 1] == static_cast<BYTE>(number));
         if (size > 0) {
             ASSERT_EQ(nameAt(i, size - 1), "more data");
             ASSERT_EQ(size, number * 20) << "what it needs";
