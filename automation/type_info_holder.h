@@ -34,8 +34,7 @@ public:
     HRESULT GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count, DISPID* ids) noexcept;
 
     /// \param instance       The object's pointer to the interface that is described.
-    /// \param parameters     A value for a parameter that is a VARIANT's address is handed on
-    /// itself:
+    /// \param parameters     A value for a parameter that is a VARIANT's address goes in itself:
     ///                       its owner must expect that the method changes it.
     /// \param exception      May be null. After a typed call's failure it holds the code only; what
     ///                       the method told by SetErrorInfo stays with the thread.
