@@ -8,11 +8,15 @@
 namespace AUX::CAB {
 
 /// Walks over a part of a stripped text in blocks, and tells which of its units lie in strings. The
-/// part begins outside of strings.
+/// part begins outside of strings. \tparam Bits  What is asked of a block.
+template <class Bits>
 class JsonBlocks {
 public:
-    JsonBlocks(const WCHAR* text, std::uint32_t start, std::uint32_t end) noexcept
-        : classify_(FastestJsonKernels().classify), text_(text), at_(start), end_(end) {
+    using Classify = void (*)(const WCHAR* block, Bits& bits) noexcept;
+
+    JsonBlocks(const WCHAR* text, std::uint32_t start, std::uint32_t end,
+               Classify classify) noexcept
+        : classify_(classify), text_(text), at_(start), end_(end) {
         Look();
     }
 
@@ -26,15 +30,9 @@ public:
 
     /// Of the block's first unit in the text.
     [[nodiscard]] std::uint32_t Position() const noexcept { return at_; }
-    [[nodiscard]] const JsonBlockBits& Bits() const noexcept { return bits_; }
+    [[nodiscard]] const Bits& Found() const noexcept { return bits_; }
     /// The units in strings, with the opening quote and without the closing one.
     [[nodiscard]] std::uint64_t Strings() const noexcept { return strings_; }
-    /// Brackets, commas and colons outside of strings.
-    [[nodiscard]] std::uint64_t Structure() const noexcept {
-        return (bits_.comma | bits_.colon | bits_.openSquare | bits_.closeSquare | bits_.openCurly |
-                bits_.closeCurly) &
-               ~strings_;
-    }
 
 private:
     void Look() noexcept {
@@ -47,16 +45,16 @@ private:
             std::fill(std::copy_n(text_ + at_, left, last), last + kJsonBlock, WCHAR{' '});
             classify_(last, bits_);
         }
-        strings_ = ParityBits(bits_.quote) ^ inside_;
+        strings_ = bits_.strings ^ inside_;
     }
 
-    void (*classify_)(const WCHAR* block, JsonBlockBits& bits) noexcept;
+    Classify classify_;
     const WCHAR* text_;
     std::uint32_t at_;
     std::uint32_t end_;
     std::uint64_t inside_ = 0;
     std::uint64_t strings_ = 0;
-    JsonBlockBits bits_{};
+    Bits bits_{};
 };
 
 }  // namespace AUX::CAB

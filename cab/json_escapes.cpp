@@ -5,6 +5,9 @@
 #include <cstring>
 #include <emmintrin.h>
 
+#include "cab/json_kernels.h"
+#include "cab/json_quotes.h"
+
 namespace AUX::CAB {
 namespace {
 
@@ -136,10 +139,10 @@ WCHAR* CopyManyUnits(WStringView text, WCHAR* out) noexcept {
 WCHAR* CopyWithQuotes(WStringView text, WCHAR* out) noexcept {
     const WCHAR* at = text.data();
     const WCHAR* const end = at + text.size();
-    const __m128i change = _mm_set1_epi16('"' ^ kHiddenQuote);
-    for (; end - at >= kStep; at += kStep, out += kStep) {
-        const __m128i units = Load(at);
-        Store(out, _mm_xor_si128(units, _mm_and_si128(Equals(units, kHiddenQuote), change)));
+    if (end - at >= kJsonBlock) {
+        const std::size_t copied = FastestJsonKernels().restoreQuotes(at, text.size(), out);
+        at += copied;
+        out += copied;
     }
     for (; at != end; ++at) *out++ = *at == kHiddenQuote ? WCHAR{'"'} : *at;
     return out;

@@ -7,10 +7,6 @@
 
 namespace AUX::CAB {
 
-/// Stands in stripped text for the quote of an escape, so that every quote there ends or begins a
-/// string.
-inline constexpr WCHAR kHiddenQuote = 1;
-
 [[nodiscard]] bool HasBackslash(WStringView text) noexcept;
 
 /// Decodes the escapes of a stripped text. `out` has room for as many units as the text has; the

@@ -45,14 +45,16 @@ void SetFetched(JsonNode& node, JsonType type, bool value) noexcept {
     if (type == JsonType::Boolean) node.boolean = value;
 }
 
-/// Gives a new node the type that its piece has.
-void ClassifyPiece(JsonNode& node, WStringView piece) noexcept {
+/// Gives a new node the type that its piece has. \param isPlain  No unit of a string in it stands
+/// for another one.
+void ClassifyPiece(JsonNode& node, WStringView piece, bool isPlain) noexcept {
     const WCHAR first = piece.empty() ? WCHAR{0} : piece.front();
     const WCHAR last = piece.empty() ? WCHAR{0} : piece.back();
     switch (first) {
         case '"':
             if (last != '"' || piece.size() < 2) break;
             node.type = JsonType::String;
+            node.isPlain = isPlain;
             return;
         case '[':
             if (last != ']') break;
@@ -75,7 +77,9 @@ void ClassifyPiece(JsonNode& node, WStringView piece) noexcept {
             }
             break;
         default:
-            if (!IsJsonNumber(piece)) break;
+            // Most numbers are short, and known as soon as their units were looked at.
+            node.isPlain = ReadShortNumber(piece, node.number);
+            if (!node.isPlain && !IsJsonNumber(piece)) break;
             node.type = JsonType::Number;
             return;
     }
@@ -86,43 +90,45 @@ void ClassifyPiece(JsonNode& node, WStringView piece) noexcept {
 template <class Scan>
 class Splitter {
 public:
-    Splitter(JsonSource& source, WStringView raw, Scan scan, Children& children) noexcept
-        : source_(source),
+    Splitter(const JsonNode& node, Scan scan, Children& children) noexcept
+        : source_(*node.source),
           scan_(scan),
           children_(children),
-          end_(static_cast<std::uint32_t>(raw.data() + raw.size() - source.Text()) - 1),
-          at_(static_cast<std::uint32_t>(raw.data() - source.Text()) + 1) {}
+          end_(static_cast<std::uint32_t>(node.text + node.textLength - source_.Text()) - 1),
+          at_(static_cast<std::uint32_t>(node.text - source_.Text()) + 1),
+          hasKeys_(node.type == JsonType::Object) {}
 
-    /// \return false if the array is malformed.
+    /// \return false if the container is malformed.
+    bool Run() { return hasKeys_ ? SplitObject() : SplitArray(); }
+
+private:
     bool SplitArray() {
         std::uint32_t found = 0;
         bool isColon = false;
         while (scan_.Next(found, isColon)) {
             if (isColon) return false;
-            AddChild({}, Piece(at_, found));
+            AddChild(NewChild(), found);
             Begin(found);
         }
-        AddChild({}, Piece(at_, end_));
+        AddChild(NewChild(), end_);
         return true;
     }
 
-    /// \return false if the object is malformed.
     bool SplitObject() {
         for (;;) {
             std::uint32_t colon = 0;
             if (!Find(true, colon)) return false;
-            // The unit before the colon is taken for the closing quote, and stands right behind.
-            const WStringView key = Piece(at_, colon - 1);
+            JsonNode& child = NewChild();
+            SetKey(child, colon);
             Begin(colon);
             std::uint32_t comma = 0;
             const bool isLast = !Find(false, comma);
-            AddChild(key, Piece(at_, isLast ? end_ : comma), true);
+            AddChild(child, isLast ? end_ : comma);
             if (isLast) return true;
             Begin(comma);
         }
     }
 
-private:
     bool Find(bool wantsColon, std::uint32_t& found) noexcept {
         bool isColon = false;
         while (scan_.Next(found, isColon)) {
@@ -138,26 +144,39 @@ private:
         return {source_.Text() + start, end > start ? end - start : 0};
     }
 
-    void AddChild(WStringView key, WStringView piece, bool hasKey = false) {
-        JsonNode* const node = &MakeParsedNode(source_, JsonType::Null, {});
-        WStringView& front = hasKey ? key : piece;
-        if (!front.empty() && front[0] == '#') node->comment = TakeComments(source_, front);
-        if (hasKey) {
-            bool hasEscapes = false;
-            const WStringView name = Decode(source_, key.substr(1), hasEscapes);
-            node->name = name.data();
-            node->nameLength = static_cast<std::uint32_t>(name.size());
-            // A name with escapes needs them again when it is written, and one that other units
-            // than quotes stood around may have quotes in it.
-            node->nameEncoded = hasEscapes || key.empty() || key[0] != '"' || *key.end() != '"';
-        }
-        SetText(*node, piece);
-        ClassifyPiece(*node, piece);
-        if (node->IsContainer()) {
+    JsonNode& NewChild() { return MakeParsedNode(source_, JsonType::Null, {}); }
+
+    void TakeFront(JsonNode& node, WStringView& front) {
+        if (!front.empty() && front[0] == '#') node.comment = TakeComments(source_, front);
+    }
+
+    void SetKey(JsonNode& node, std::uint32_t colon) {
+        // The unit before the colon is taken for the closing quote, and stands right behind.
+        WStringView key = Piece(at_, colon - 1);
+        const bool isPlain = scan_.IsPlain(colon);
+        TakeFront(node, key);
+        const bool hasQuotes = !key.empty() && key[0] == '"' && *key.end() == '"';
+        bool hasEscapes = false;
+        key = key.substr(1);
+        const WStringView name = isPlain ? key : Decode(source_, key, hasEscapes);
+        node.name = name.data();
+        node.nameLength = static_cast<std::uint32_t>(name.size());
+        // A name with escapes needs them again when it is written, and one that other units
+        // than quotes stood around may have quotes in it.
+        node.nameEncoded = hasEscapes || !hasQuotes;
+    }
+
+    void AddChild(JsonNode& node, std::uint32_t end) {
+        WStringView piece = Piece(at_, end);
+        const bool isPlain = scan_.IsPlain(end);
+        if (!hasKeys_) TakeFront(node, piece);
+        SetText(node, piece);
+        ClassifyPiece(node, piece, isPlain);
+        if (node.IsContainer()) {
             const auto start = static_cast<std::uint32_t>(piece.data() - source_.Text());
-            node->place = scan_.PlaceOf(start);
+            node.place = scan_.PlaceOf(start);
         }
-        children_.push_back(node);
+        children_.push_back(&node);
     }
 
     JsonSource& source_;
@@ -165,6 +184,7 @@ private:
     Children& children_;
     std::uint32_t end_;  // The closing bracket.
     std::uint32_t at_;   // Where the present piece begins.
+    bool hasKeys_;
 };
 
 /// The marks to go over, if there are any that serve; `place` becomes the opening bracket's.
@@ -187,12 +207,6 @@ WStringView TakeLine(WStringView& piece) noexcept {
     return line;
 }
 
-template <class Scan>
-bool Split(JsonNode& node, Scan scan, Children& children) {
-    Splitter<Scan> splitter(*node.source, node.Text(), scan, children);
-    return node.type == JsonType::Array ? splitter.SplitArray() : splitter.SplitObject();
-}
-
 bool SplitContainer(JsonNode& node, Children& children) {
     JsonSource& source = *node.source;
     const auto start = static_cast<std::uint32_t>(node.text - source.Text());
@@ -201,9 +215,9 @@ bool SplitContainer(JsonNode& node, Children& children) {
     if (const JsonMark* const marks = MarksFor(source, start, node.textLength, place)) {
         const JsonMarkScan scan(marks, source.MarkCount(), static_cast<std::uint32_t>(place) + 1,
                                 end);
-        return Split(node, scan, children);
+        return Splitter(node, scan, children).Run();
     }
-    return Split(node, JsonTextScan(source.Text(), start + 1, end), children);
+    return Splitter(node, JsonTextScan(source.Text(), start + 1, end), children).Run();
 }
 
 /// Puts the children into a list of exactly their number. A node that lies in the source has it

@@ -6,11 +6,17 @@ namespace AUX::CAB {
 
 /// Looks at the raw source of a node that was not fetched yet: decodes a string, reads a number,
 /// splits an array or object into children that wait for their own fetch. What turns out to be
-/// malformed becomes a null. \throws std::bad_alloc  The node then is as before.
+/// malformed becomes a null. FetchNode spares the call where there is little to do. \throws std::bad_alloc  The node then is as before.
 void FetchRawNode(JsonNode& node);
 
 inline void FetchNode(JsonNode& node) {
-    if (!node.fetched) FetchRawNode(node);
+    if (node.fetched) return;
+    if (!node.isPlain) return FetchRawNode(node);
+    if (node.type == JsonType::String) {
+        ++node.text;
+        node.textLength -= 2;
+    }
+    node.fetched = true;
 }
 
 /// Takes the `#`...`#` segments off the front of a piece of stripped text.

@@ -25,6 +25,9 @@ public:
         return ~Gather(
             [&](__m128i bytes) { return _mm_cmpeq_epi8(_mm_min_epu8(bytes, limit), bytes); });
     }
+    StripKinds Kinds() const noexcept { return KindsByComparing(*this); }
+    JsonMarkBits MarkBits() const noexcept { return MarkBitsByComparing(*this); }
+    static std::uint64_t Parity(std::uint64_t bits) noexcept { return ParityByShifts(bits); }
     WCHAR* Pack(WCHAR* out, std::uint64_t keep) const noexcept {
         for (int at = 0; at < kJsonBlock;) {
             at += std::countr_zero(keep >> at);
@@ -36,6 +39,15 @@ public:
             if (at >= kJsonBlock || keep >> at == 0) break;
         }
         return out;
+    }
+    static void Replace(WCHAR* out, const WCHAR* in, WCHAR from, WCHAR to) noexcept {
+        const __m128i change = _mm_set1_epi16(static_cast<short>(from ^ to));
+        for (int i = 0; i < kJsonBlock; i += 8) {
+            const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + i));
+            const __m128i found = _mm_cmpeq_epi16(units, _mm_set1_epi16(static_cast<short>(from)));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i),
+                             _mm_xor_si128(units, _mm_and_si128(found, change)));
+        }
     }
 
 private:
@@ -62,7 +74,7 @@ private:
 
 }  // namespace
 
-constinit const JsonKernels kSse2JsonKernels = {StripBlocks<Sse2Block>, Classify<Sse2Block>};
+constinit const JsonKernels kSse2JsonKernels = kKernelsOf<Sse2Block>;
 
 constinit std::atomic<const JsonKernels*> chosenJsonKernels = nullptr;
 

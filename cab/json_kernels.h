@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 
 #include "platform/base.h"
@@ -12,9 +13,11 @@ namespace AUX::CAB {
 /// The units that a loop takes in one step; one bit of a word stands for each.
 inline constexpr std::ptrdiff_t kJsonBlock = 64;
 
-/// Where the units with a part in the structure are in a block, the lowest bit for the first.
+/// Where the units with a part in the structure are in a block, for going over one level of it.
 struct JsonBlockBits {
-    std::uint64_t quote;
+    /// The units in strings, with the opening quote and without the closing one, of a block that
+    /// begins outside of strings. One that begins inside has the opposite.
+    std::uint64_t strings;
     std::uint64_t zero;
     std::uint64_t comma;
     std::uint64_t colon;
@@ -22,6 +25,18 @@ struct JsonBlockBits {
     std::uint64_t closeSquare;
     std::uint64_t openCurly;
     std::uint64_t closeCurly;
+
+    [[nodiscard]] std::uint64_t Structure() const noexcept {
+        return comma | colon | openSquare | closeSquare | openCurly | closeCurly;
+    }
+};
+
+/// What the marks of a text are made from, likewise.
+struct JsonMarkBits {
+    std::uint64_t strings;
+    std::uint64_t zero;
+    std::uint64_t structure;  ///< Commas, colons and brackets.
+    std::uint64_t special;    ///< Backslashes, and what stands for quotes behind them.
 };
 
 /// How far the strip pass is.
@@ -40,6 +55,11 @@ struct JsonKernels {
     void (*strip)(JsonStrip& state) noexcept;
 
     void (*classify)(const WCHAR* block, JsonBlockBits& bits) noexcept;
+    void (*classifyMarks)(const WCHAR* block, JsonMarkBits& bits) noexcept;
+
+    /// Copies whole blocks, as many as there are, with quotes for kHiddenQuote. \return the
+    /// units copied.
+    std::size_t (*restoreQuotes)(const WCHAR* text, std::size_t units, WCHAR* out) noexcept;
 };
 
 extern const JsonKernels kSse2JsonKernels;
@@ -58,13 +78,6 @@ const JsonKernels& ChooseJsonKernels() noexcept;
 [[nodiscard]] inline const JsonKernels& FastestJsonKernels() noexcept {
     const JsonKernels* const chosen = chosenJsonKernels.load(std::memory_order_relaxed);
     return chosen ? *chosen : ChooseJsonKernels();
-}
-
-/// For each bit, whether the number of set bits up to it is odd. Each file has its own copy, as it
-/// may be compiled for newer processors.
-[[nodiscard]] static inline std::uint64_t ParityBits(std::uint64_t bits) noexcept {
-    for (int shift = 1; shift < 64; shift *= 2) bits ^= bits << shift;
-    return bits;
 }
 
 }  // namespace AUX::CAB

@@ -19,6 +19,9 @@ public:
         return ~Join(_mm256_cmpeq_epi8(_mm256_min_epu8(low_, limit), low_),
                      _mm256_cmpeq_epi8(_mm256_min_epu8(high_, limit), high_));
     }
+    StripKinds Kinds() const noexcept { return KindsByComparing(*this); }
+    JsonMarkBits MarkBits() const noexcept { return MarkBitsByComparing(*this); }
+    static std::uint64_t Parity(std::uint64_t bits) noexcept { return ParityByShifts(bits); }
     WCHAR* Pack(WCHAR* out, std::uint64_t keep) const noexcept {
         if (keep == ~std::uint64_t{0}) {
             for (int i = 0; i < kJsonBlock; i += 16) Copy(out + i, from_ + i);
@@ -37,6 +40,16 @@ public:
             keep = at + run >= kJsonBlock ? 0 : keep >> (at + run) << (at + run);
         }
         return out;
+    }
+    static void Replace(WCHAR* out, const WCHAR* in, WCHAR from, WCHAR to) noexcept {
+        const __m256i change = _mm256_set1_epi16(static_cast<short>(from ^ to));
+        for (int i = 0; i < kJsonBlock; i += 16) {
+            const __m256i units = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(in + i));
+            const __m256i found =
+                _mm256_cmpeq_epi16(units, _mm256_set1_epi16(static_cast<short>(from)));
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + i),
+                                _mm256_xor_si256(units, _mm256_and_si256(found, change)));
+        }
     }
 
 private:
@@ -64,6 +77,6 @@ private:
 
 }  // namespace
 
-constinit const JsonKernels kAvx2JsonKernels = {StripBlocks<Avx2Block>, Classify<Avx2Block>};
+constinit const JsonKernels kAvx2JsonKernels = kKernelsOf<Avx2Block>;
 
 }  // namespace AUX::CAB

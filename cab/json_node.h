@@ -45,6 +45,7 @@ struct JsonNode {
     bool nameEncoded;  ///< WriteJson passes the name through string encoding.
     bool textEncoded;  ///< Likewise the text.
     bool fetched;      ///< False while the raw source has not been looked at.
+    bool isPlain;      ///< Its fetch has nothing to do but to take off a string's quotes.
     bool isParsed;     ///< Lies in `source`, which counts for it.
     bool ownsName;
     bool ownsText;

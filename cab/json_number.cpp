@@ -108,6 +108,11 @@ Decimal ReadDecimal(const WCHAR* text, std::size_t size) noexcept {
 
 constexpr std::size_t kShortText = 64;
 
+// All those that a double holds exactly.
+constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
 double OutOfRange(std::int64_t magnitude) noexcept {
     return magnitude > 0 ? std::numeric_limits<double>::infinity() : 0;
 }
@@ -190,15 +195,12 @@ double ReadUnsigned(WStringView text) noexcept {
         return ReadHex(text.substr(2));
     const Decimal number = ReadDecimal(text.data(), text.size());
     // Both are exact then, so that their product or quotient is rounded once.
-    static constexpr double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                         1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                         1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-    constexpr std::int64_t kMostPower = std::ssize(kPowers) - 1;
+    constexpr std::int64_t kMostPower = std::ssize(kPowersOfTen) - 1;
     if (number.isExact && number.digits <= std::uint64_t{1} << 53 &&
         number.exponent >= -kMostPower && number.exponent <= kMostPower) {
         const auto digits = static_cast<double>(number.digits);
-        return number.exponent < 0 ? digits / kPowers[-number.exponent]
-                                   : digits * kPowers[number.exponent];
+        return number.exponent < 0 ? digits / kPowersOfTen[-number.exponent]
+                                   : digits * kPowersOfTen[number.exponent];
     }
     return number.length < kShortText ? ReadShort(text.data(), number)
                                       : ReadSlowly(text.data(), number);
@@ -221,6 +223,34 @@ bool IsJsonNumber(WStringView piece) noexcept {
     const WCHAR next = piece[1];
     if (next == '.' || IsExponent(next)) return false;
     return IsTail(piece, next == '0' ? 2 : 1, false, false);
+}
+
+bool ReadShortNumber(WStringView piece, double& value) noexcept {
+    constexpr std::size_t kMostUnits = 16;  // With a sign or a point: a double holds the digits.
+    if (piece.empty() || piece.size() > kMostUnits) return false;
+    const WCHAR* at = piece.data();
+    const WCHAR* const end = at + piece.size();
+    const bool isNegative = *at == '-';
+    at += isNegative;
+    const WCHAR* const first = at;
+    std::uint64_t digits = 0;
+    for (; at != end && IsDigit(*at); ++at) {
+        digits = digits * 10 + static_cast<std::uint64_t>(*at - '0');
+    }
+    // Zeros in front may mean another base.
+    if (at == first || (*first == '0' && at - first > 1) || at - first == kMostUnits) return false;
+    std::ptrdiff_t decimals = 0;
+    if (at != end) {
+        if (*at++ != '.') return false;
+        for (; at != end && IsDigit(*at); ++at, ++decimals) {
+            digits = digits * 10 + static_cast<std::uint64_t>(*at - '0');
+        }
+        if (at != end) return false;
+    }
+    // Both are exact, so that their quotient is rounded once.
+    const double magnitude = static_cast<double>(digits) / kPowersOfTen[decimals];
+    value = isNegative ? -magnitude : magnitude;
+    return true;
 }
 
 double ReadJsonNumber(WStringView text) noexcept {

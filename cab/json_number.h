@@ -11,6 +11,10 @@ namespace AUX::CAB {
 /// forms, numbers that begin or end with a point.
 [[nodiscard]] bool IsJsonNumber(WStringView piece) noexcept;
 
+/// Reads one that is short and has no exponent, as most are. \return false, with `value` as it was,
+/// for any other and what is no number.
+[[nodiscard]] bool ReadShortNumber(WStringView piece, double& value) noexcept;
+
 /// The number that a text begins with, in decimal or as `0x` and hexadecimal digits; 0 if it begins
 /// with none, or has a unit above 0xFF. A decimal one is rounded correctly; what is too large is an
 /// infinity. The locale is not asked.

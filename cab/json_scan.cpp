@@ -10,7 +10,7 @@ namespace AUX::CAB {
 bool JsonTextScan::SkipBrackets() noexcept {
     std::uint64_t depth = 1;
     for (; blocks_.IsValid(); StepBlock()) {
-        const JsonBlockBits& bits = blocks_.Bits();
+        const JsonBlockBits& bits = blocks_.Found();
         const std::uint64_t outside = left_ & ~blocks_.Strings();
         const std::uint64_t open = (isSquare_ ? bits.openSquare : bits.openCurly) & outside;
         const std::uint64_t close = (isSquare_ ? bits.closeSquare : bits.closeCurly) & outside;
@@ -36,8 +36,8 @@ bool JsonTextScan::SkipBrackets() noexcept {
 
 bool JsonTextScan::Next(std::uint32_t& position, bool& isColon) noexcept {
     while (blocks_.IsValid()) {
-        const std::uint64_t found = blocks_.Structure() & left_;
-        const std::uint64_t zero = blocks_.Bits().zero & blocks_.Strings() & left_;
+        const std::uint64_t found = blocks_.Found().Structure() & ~blocks_.Strings() & left_;
+        const std::uint64_t zero = blocks_.Found().zero & blocks_.Strings() & left_;
         if ((found | zero) == 0) {
             StepBlock();
             continue;

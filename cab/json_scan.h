@@ -17,13 +17,16 @@ class JsonTextScan {
 public:
     /// Begins at `start`, outside of strings.
     JsonTextScan(const WCHAR* text, std::uint32_t start, std::uint32_t end) noexcept
-        : blocks_(text, start, end), text_(text) {}
+        : blocks_(text, start, end, FastestJsonKernels().classify), text_(text) {}
 
     /// \param position  Gets the place of what was found. \return false at the end.
     [[nodiscard]] bool Next(std::uint32_t& position, bool& isColon) noexcept;
 
     /// Where the source's structure has a child's opening bracket: not known to this scan.
     [[nodiscard]] std::uint64_t PlaceOf(std::uint32_t) const noexcept { return kNoPlace; }
+    /// Whether the present piece has neither structure nor anything special in it: not known
+    /// either.
+    [[nodiscard]] bool IsPlain(std::uint32_t) const noexcept { return false; }
     void BeginPiece() noexcept {}
 
     static constexpr std::uint64_t kNoPlace = ~std::uint64_t{0};
@@ -37,7 +40,7 @@ private:
     /// Passes the bit and those below it.
     void Pass(std::uint64_t bit) noexcept { left_ &= ~(bit | (bit - 1)); }
 
-    JsonBlocks blocks_;
+    JsonBlocks<JsonBlockBits> blocks_;
     const WCHAR* text_;
     std::uint64_t left_ = ~std::uint64_t{0};  ///< The units of the block that are still ahead.
     bool isSquare_ = false;
@@ -53,15 +56,17 @@ public:
     [[nodiscard]] bool Next(std::uint32_t& position, bool& isColon) noexcept {
         while (at_ < count_) {
             const JsonMark& mark = marks_[at_];
+            last_ = at_;
             if (mark.position >= end_) return false;
             if (mark.link >= JsonMark::kFirstMatch) {
                 at_ = mark.link - JsonMark::kFirstMatch + 1;
                 continue;
             }
-            if (mark.link > JsonMark::kColon) return false;
+            const std::uint32_t sort = mark.link & ~JsonMark::kSpecial;
+            if (sort > JsonMark::kColon) return false;
             position = mark.position;
-            isColon = mark.link == JsonMark::kColon;
-            next_ = ++at_;
+            isColon = sort == JsonMark::kColon;
+            ++at_;
             return true;
         }
         return false;
@@ -74,15 +79,21 @@ public:
         return isThere ? piece_ : JsonTextScan::kNoPlace;
     }
 
+    /// To be asked before PlaceOf. \param end  Where the piece ends.
+    [[nodiscard]] bool IsPlain(std::uint32_t end) const noexcept {
+        return last_ == piece_ && last_ < count_ && marks_[last_].position == end &&
+               marks_[last_].link < JsonMark::kSpecial;
+    }
+
     /// The next piece begins behind what was found last.
-    void BeginPiece() noexcept { piece_ = next_; }
+    void BeginPiece() noexcept { piece_ = at_; }
 
 private:
     const JsonMark* marks_;
     std::uint32_t count_;
-    std::uint32_t at_;
-    std::uint32_t next_ = 0;
-    std::uint32_t piece_;
+    std::uint32_t at_;        // The next mark.
+    std::uint32_t last_ = 0;  // The one that was looked at last.
+    std::uint32_t piece_;     // The first in the present piece, or what ends it.
     std::uint32_t end_;
 };
 

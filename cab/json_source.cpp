@@ -34,17 +34,37 @@ public:
 
     [[nodiscard]] std::uint32_t Count() const noexcept { return count_; }
 
-    void Add(std::uint32_t position, WCHAR unit) noexcept {
-        if (unit == ',' || unit == ':') {
-            marks_[count_] = {position, unit == ',' ? JsonMark::kComma : JsonMark::kColon};
-        } else if (unit == '[' || unit == '{') {
-            std::uint32_t& waiting = unit == '[' ? square_ : curly_;
-            marks_[count_] = {position, std::exchange(waiting, count_)};
-        } else {
-            Close(unit == ']' ? square_ : curly_);
-            marks_[count_] = {position, JsonMark::kClose};
+    /// Adds the marks of a block, for which there is room.
+    void Add(const WCHAR* text, const JsonBlocks<JsonMarkBits>& blocks) noexcept {
+        std::uint64_t structure = blocks.Found().structure & ~blocks.Strings();
+        std::uint64_t special = blocks.Found().special;
+        // Kept in registers, which nothing that is written here can be part of.
+        JsonMark* const marks = marks_;
+        std::uint32_t count = count_;
+        std::uint32_t isSpecial = isSpecial_;
+        for (; structure; structure &= structure - 1, ++count, isSpecial = 0) {
+            const std::uint64_t below = (structure & -structure) - 1;
+            if (special & below) isSpecial = JsonMark::kSpecial;
+            special &= ~below;
+            const std::uint32_t position =
+                blocks.Position() + static_cast<std::uint32_t>(std::countr_zero(structure));
+            const WCHAR unit = text[position];
+            marks[count].position = position;
+            if (unit < '[') {
+                marks[count].link = isSpecial | (unit == ',' ? JsonMark::kComma : JsonMark::kColon);
+                continue;
+            }
+            std::uint32_t& waiting = unit < '{' ? square_ : curly_;
+            if (unit == '[' || unit == '{') {
+                marks[count].link = std::exchange(waiting, count);
+                continue;
+            }
+            marks[count].link = JsonMark::kClose | isSpecial;
+            if (waiting == kNone) continue;
+            waiting = std::exchange(marks[waiting].link, count + JsonMark::kFirstMatch);
         }
-        ++count_;
+        count_ = count;
+        isSpecial_ = special ? JsonMark::kSpecial : isSpecial;
     }
 
     /// Gives the list away.
@@ -64,16 +84,12 @@ private:
         return static_cast<JsonMark*>(::operator new(count * sizeof(JsonMark)));
     }
 
-    void Close(std::uint32_t& waiting) noexcept {
-        if (waiting == kNone) return;
-        waiting = std::exchange(marks_[waiting].link, count_ + JsonMark::kFirstMatch);
-    }
-
     std::size_t capacity_;
     JsonMark* marks_;
     std::uint32_t count_ = 0;
     std::uint32_t square_ = kNone;
     std::uint32_t curly_ = kNone;
+    std::uint32_t isSpecial_ = 0;  // JsonMark::kSpecial if something special waits for its mark.
 };
 
 }  // namespace
@@ -113,14 +129,11 @@ void* JsonSource::AllocateChunk(std::size_t bytes) {
 
 bool JsonSource::FindMarks() {
     MarkList marks(length_);
-    for (JsonBlocks blocks(text_, 0, length_); blocks.IsValid(); blocks.Step()) {
-        if (blocks.Bits().zero) return false;
+    JsonBlocks<JsonMarkBits> blocks(text_, 0, length_, FastestJsonKernels().classifyMarks);
+    for (; blocks.IsValid(); blocks.Step()) {
+        if (blocks.Found().zero) return false;
         marks.MakeRoom(length_ - blocks.Position());
-        for (std::uint64_t bits = blocks.Structure(); bits; bits &= bits - 1) {
-            const std::uint32_t position =
-                blocks.Position() + static_cast<std::uint32_t>(std::countr_zero(bits));
-            marks.Add(position, text_[position]);
-        }
+        marks.Add(text_, blocks);
     }
     if (marks.Count() >= kNone - JsonMark::kFirstMatch) return false;
     markCount_ = marks.Count();

@@ -16,7 +16,10 @@ struct JsonMark {
     static constexpr std::uint32_t kColon = 1;
     static constexpr std::uint32_t kClose = 2;
     static constexpr std::uint32_t kUnmatched = 3;  ///< A bracket that nothing closes.
-    static constexpr std::uint32_t kFirstMatch = 4;
+    /// Added to a comma, colon or closing bracket: a backslash, or what stands for a quote behind
+    /// one, lies between it and the mark before it.
+    static constexpr std::uint32_t kSpecial = 4;
+    static constexpr std::uint32_t kFirstMatch = 8;
 
     std::uint32_t position;
     std::uint32_t link;

@@ -1,4 +1,4 @@
-#include "cab/json_escapes.h"
+#include "cab/json_quotes.h"
 #include "cab/json_text.h"
 #include "fuzz/units.h"
 #include "tests/cab/json_reference.h"

@@ -10,7 +10,11 @@ bool HasAvx512Bytes() noexcept {
     return __builtin_cpu_supports("avx512bw") != 0;
 }
 
-bool HasAvx512Compress() noexcept { return __builtin_cpu_supports("avx512vbmi2") != 0; }
+bool HasAvx512Compress() noexcept {
+    __builtin_cpu_init();
+    return __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("avx512vbmi") &&
+           __builtin_cpu_supports("pclmul");
+}
 
 bool HasWideBitCount() noexcept {
     __builtin_cpu_init();

@@ -12,7 +12,8 @@ namespace platform {
 /// system lets programs use it. The system's own question does not know of it.
 [[nodiscard]] bool HasAvx512Bytes() noexcept;
 
-/// Likewise, whether it packs chosen bytes of a register of 64 closely (AVX-512 VBMI2).
+/// Likewise, whether it packs chosen bytes of a register of 64 closely (AVX-512 VBMI2), looks bytes
+/// up in a table of 128 (VBMI), and multiplies without carries (PCLMUL).
 [[nodiscard]] bool HasAvx512Compress() noexcept;
 
 /// Likewise, whether it counts the bits of eight words of 64 bits at a time (AVX-512 VPOPCNTDQ).
