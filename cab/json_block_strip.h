@@ -19,6 +19,7 @@ namespace {
 
 using AUX::CAB::JsonBlockBits;
 using AUX::CAB::JsonMarkBits;
+using AUX::CAB::JsonNesting;
 using AUX::CAB::JsonStrip;
 using AUX::CAB::kHiddenQuote;
 using AUX::CAB::kJsonBlock;
@@ -126,6 +127,26 @@ void ClassifyMarks(const WCHAR* from, JsonMarkBits& bits) noexcept {
 }
 
 template <class Block>
+std::size_t PassNested(const WCHAR* text, std::size_t units, bool isSquare,
+                       JsonNesting& nesting) noexcept {
+    const char open = isSquare ? '[' : '{';
+    const char close = isSquare ? ']' : '}';
+    auto [depth, inside] = nesting;
+    std::size_t at = 0;
+    for (; units - at >= kJsonBlock; at += kJsonBlock) {
+        const Block block(text + at);
+        const std::uint64_t strings = Block::Parity(block.Equal('"')) ^ inside;
+        const auto closings = std::popcount(block.Equal(close) & ~strings);
+        if (static_cast<std::uint64_t>(closings) >= depth || block.Equal(0) != 0) break;
+        depth += static_cast<std::uint64_t>(std::popcount(block.Equal(open) & ~strings));
+        depth -= static_cast<std::uint64_t>(closings);
+        inside = static_cast<std::uint64_t>(static_cast<std::int64_t>(strings) >> 63);
+    }
+    nesting = {depth, inside};
+    return at;
+}
+
+template <class Block>
 std::size_t RestoreQuotes(const WCHAR* text, std::size_t units, WCHAR* out) noexcept {
     const std::size_t whole = units - units % kJsonBlock;
     for (std::size_t at = 0; at < whole; at += kJsonBlock) {
@@ -136,6 +157,7 @@ std::size_t RestoreQuotes(const WCHAR* text, std::size_t units, WCHAR* out) noex
 
 template <class Block>
 constexpr AUX::CAB::JsonKernels kKernelsOf = {StripBlocks<Block>, Classify<Block>,
-                                              ClassifyMarks<Block>, RestoreQuotes<Block>};
+                                              ClassifyMarks<Block>, PassNested<Block>,
+                                              RestoreQuotes<Block>};
 
 }  // namespace

@@ -28,6 +28,16 @@ public:
         Look();
     }
 
+    /// Passes blocks that cannot end the nesting, from the present one on.
+    void PassNested(bool isSquare, std::uint64_t& depth) noexcept {
+        JsonNesting nesting = {depth, inside_};
+        at_ += static_cast<std::uint32_t>(
+            FastestJsonKernels().passNested(text_ + at_, end_ - at_, isSquare, nesting));
+        depth = nesting.depth;
+        inside_ = nesting.inside;
+        Look();
+    }
+
     /// Of the block's first unit in the text.
     [[nodiscard]] std::uint32_t Position() const noexcept { return at_; }
     [[nodiscard]] const Bits& Found() const noexcept { return bits_; }

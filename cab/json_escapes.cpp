@@ -1,5 +1,6 @@
 #include "cab/json_escapes.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <cstring>
@@ -150,59 +151,82 @@ WCHAR* CopyWithQuotes(WStringView text, WCHAR* out) noexcept {
 
 namespace {
 
-// The letters of the short escapes; 0 where there is none.
-struct ShortEscapes {
-    char of[0x80];
+// Two units as they lie in memory.
+constexpr std::uint32_t PairOf(char first, char second) noexcept {
+    return static_cast<std::uint32_t>(first) | static_cast<std::uint32_t>(second) << 16;
+}
+
+struct Pairs {
+    std::uint32_t of[0x100];
 };
-constexpr ShortEscapes kShortEscapes = [] {
-    ShortEscapes escapes{};
+
+// The two digits of each byte.
+constexpr Pairs kHexPairs = [] {
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    Pairs pairs{};
+    for (int i = 0; i < 0x100; ++i) pairs.of[i] = PairOf(kDigits[i >> 4], kDigits[i & 15]);
+    return pairs;
+}();
+
+// The short escapes; 0 where there is none.
+constexpr Pairs kShortEscapes = [] {
+    Pairs escapes{};
     constexpr char kPairs[][2] = {{0x08, 'b'}, {0x09, 't'}, {0x0A, 'n'}, {0x0C, 'f'},
                                   {0x0D, 'r'}, {'"', '"'},  {'/', '/'},  {'\\', '\\'}};
-    for (const auto& pair : kPairs) escapes.of[static_cast<int>(pair[0])] = pair[1];
+    for (const auto& pair : kPairs) escapes.of[static_cast<int>(pair[0])] = PairOf('\\', pair[1]);
     return escapes;
 }();
 
-inline WCHAR* EncodeOne(WCHAR unit, WCHAR* out) noexcept {
-    constexpr char kDigits[] = "0123456789ABCDEF";
-    const char letter = unit < 0x80 ? kShortEscapes.of[unit] : '\0';
-    out[0] = '\\';
-    if (letter) {
-        out[1] = static_cast<WCHAR>(letter);
+void PutPair(WCHAR* out, std::uint32_t pair) noexcept { std::memcpy(out, &pair, sizeof pair); }
+
+WCHAR* EncodeOne(WCHAR unit, WCHAR* out) noexcept {
+    const std::uint32_t shortEscape = unit < 0x80 ? kShortEscapes.of[unit] : 0;
+    if (shortEscape) {
+        PutPair(out, shortEscape);
         return out + 2;
     }
-    out[1] = 'u';
-    out[2] = static_cast<WCHAR>(kDigits[unit >> 12]);
-    out[3] = static_cast<WCHAR>(kDigits[unit >> 8 & 15]);
-    out[4] = static_cast<WCHAR>(kDigits[unit >> 4 & 15]);
-    out[5] = static_cast<WCHAR>(kDigits[unit & 15]);
+    PutPair(out, PairOf('\\', 'u'));
+    PutPair(out + 2, kHexPairs.of[unit >> 8]);
+    PutPair(out + 4, kHexPairs.of[unit & 0xFF]);
     return out + 6;
 }
 
-bool IsPlain(WCHAR unit) noexcept {
-    return unit >= 0x20 && unit <= 0x7E && unit != '"' && unit != '/' && unit != '\\';
+// The units of a register that need an escape, two bits each.
+std::uint32_t NeedEscapes(__m128i units) noexcept {
+    // 0x20 to 0x7E become 0 to 0x5E, all others more, with the sign bit turned round.
+    const __m128i moved = _mm_add_epi16(units, _mm_set1_epi16(0x8000 - 0x20));
+    const __m128i outside = _mm_cmpgt_epi16(moved, _mm_set1_epi16(-0x8000 + 0x5E));
+    const __m128i special =
+        _mm_or_si128(_mm_or_si128(Equals(units, '"'), Equals(units, '/')), Equals(units, '\\'));
+    return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_or_si128(outside, special)));
+}
+
+// Encodes the first `count` units, kStep at most, with kStep more behind them to be read.
+WCHAR* EncodeStep(const WCHAR* at, std::ptrdiff_t count, WCHAR* out) noexcept {
+    const __m128i units = Load(at);
+    Store(out, units);
+    std::uint32_t escapes = NeedEscapes(units) & ((1u << 2 * count) - 1);
+    std::ptrdiff_t done = 0;
+    for (; escapes; escapes &= escapes - 1, escapes &= escapes - 1) {
+        const std::ptrdiff_t next = std::countr_zero(escapes) / 2;
+        out = EncodeOne(at[next], out + (next - done));
+        done = next + 1;
+        Store(out, Load(at + done));
+    }
+    return out + (count - done);
 }
 
 }  // namespace
 
 WCHAR* EncodeEscapes(WStringView text, WCHAR* out) noexcept {
-    const WCHAR* at = text.data();
-    const WCHAR* const end = at + text.size();
-    while (at != end) {
-        while (end - at >= kStep) {
-            const __m128i units = Load(at);
-            Store(out, units);
-            // 0x20 to 0x7E become 0 to 0x5E, all others more, with the sign bit turned round.
-            const __m128i moved = _mm_add_epi16(units, _mm_set1_epi16(0x8000 - 0x20));
-            const __m128i outside = _mm_cmpgt_epi16(moved, _mm_set1_epi16(-0x8000 + 0x5E));
-            const __m128i special = _mm_or_si128(
-                _mm_or_si128(Equals(units, '"'), Equals(units, '/')), Equals(units, '\\'));
-            const int run = FirstOf(_mm_or_si128(outside, special));
-            at += run;
-            out += run;
-            if (run < kStep) break;
-        }
-        while (at != end && IsPlain(*at)) *out++ = *at++;
-        if (at != end) out = EncodeOne(*at++, out);
+    constexpr std::size_t kLeft = 2 * kStep;
+    for (; text.size() >= kLeft; text.remove_prefix(kStep)) {
+        out = EncodeStep(text.data(), kStep, out);
+    }
+    WCHAR last[kLeft + kStep] = {};
+    const WCHAR* const end = CopyUnits({text.data(), text.size() % kLeft}, last);
+    for (const WCHAR* at = last; at < end; at += kStep) {
+        out = EncodeStep(at, std::min(end - at, kStep), out);
     }
     return out;
 }

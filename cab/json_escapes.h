@@ -42,11 +42,13 @@ inline WCHAR* CopyUnits(WStringView text, WCHAR* out) noexcept {
 /// Copies a stripped text with its quotes restored; `out` has room for it. \return the end.
 [[nodiscard]] WCHAR* CopyWithQuotes(WStringView text, WCHAR* out) noexcept;
 
-/// The most units that one unit becomes.
-inline constexpr std::size_t kMaxEscape = 6;
+/// The room that `units` may take encoded: six each, and some that are written too far.
+[[nodiscard]] constexpr std::size_t EncodedRoom(std::size_t units) noexcept {
+    return units * 6 + 8;
+}
 
 /// Encodes a text: all but printable ASCII, quotes, backslashes and slashes become escapes. `out`
-/// has room for kMaxEscape times its units. \return the end of what was written.
+/// has the room that EncodedRoom tells. \return the end of what was written.
 [[nodiscard]] WCHAR* EncodeEscapes(WStringView text, WCHAR* out) noexcept;
 
 }  // namespace AUX::CAB

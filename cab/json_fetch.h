@@ -6,7 +6,8 @@ namespace AUX::CAB {
 
 /// Looks at the raw source of a node that was not fetched yet: decodes a string, reads a number,
 /// splits an array or object into children that wait for their own fetch. What turns out to be
-/// malformed becomes a null. FetchNode spares the call where there is little to do. \throws std::bad_alloc  The node then is as before.
+/// malformed becomes a null. FetchNode spares the call where there is little to do.
+/// \throws std::bad_alloc  The node then is as before.
 void FetchRawNode(JsonNode& node);
 
 inline void FetchNode(JsonNode& node) {

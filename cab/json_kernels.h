@@ -39,6 +39,12 @@ struct JsonMarkBits {
     std::uint64_t special;    ///< Backslashes, and what stands for quotes behind them.
 };
 
+/// How far a walk to the end of brackets is.
+struct JsonNesting {
+    std::uint64_t depth;   ///< Closing brackets until the end, at least 1.
+    std::uint64_t inside;  ///< All bits set in a string, else 0.
+};
+
 /// How far the strip pass is.
 struct JsonStrip {
     const WCHAR* in;
@@ -56,6 +62,11 @@ struct JsonKernels {
 
     void (*classify)(const WCHAR* block, JsonBlockBits& bits) noexcept;
     void (*classifyMarks)(const WCHAR* block, JsonMarkBits& bits) noexcept;
+
+    /// Passes whole blocks, up to one that may end the nesting of square or curly brackets, or has
+    /// a zero unit. \return the units passed.
+    std::size_t (*passNested)(const WCHAR* text, std::size_t units, bool isSquare,
+                              JsonNesting& nesting) noexcept;
 
     /// Copies whole blocks, as many as there are, with quotes for kHiddenQuote. \return the
     /// units copied.

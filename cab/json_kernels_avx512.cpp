@@ -60,7 +60,7 @@ public:
                 Has(kinds, kSpecial)};
     }
     static std::uint64_t Parity(std::uint64_t bits) noexcept {
-        const __m128i word = _mm_cvtsi64_si128(static_cast<long long>(bits));
+        const __m128i word = _mm_cvtsi64_si128(static_cast<std::int64_t>(bits));
         const __m128i product = _mm_clmulepi64_si128(word, _mm_set1_epi8(-1), 0);
         return static_cast<std::uint64_t>(_mm_cvtsi128_si64(product));
     }

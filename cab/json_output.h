@@ -59,7 +59,7 @@ public:
         constexpr std::size_t kPart = 1024;  // The room needed is many times what is used.
         for (std::size_t at = 0; at < text.size(); at += kPart) {
             const WStringView part = text.substr(at, kPart);
-            at_ = EncodeEscapes(part, Room(part.size() * kMaxEscape));
+            at_ = EncodeEscapes(part, Room(EncodedRoom(part.size())));
         }
     }
     /// Stripped text, with its quotes.

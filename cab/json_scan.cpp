@@ -2,24 +2,20 @@
 
 #include <bit>
 
-#include "foundation/bit_kernels.h"
-
 namespace AUX::CAB {
 
-// Blocks with too few closing brackets to end the nesting are passed by their counts.
 bool JsonTextScan::SkipBrackets() noexcept {
     std::uint64_t depth = 1;
     for (; blocks_.IsValid(); StepBlock()) {
+        if (left_ == ~std::uint64_t{0}) {
+            blocks_.PassNested(isSquare_, depth);
+            if (!blocks_.IsValid()) break;
+        }
         const JsonBlockBits& bits = blocks_.Found();
         const std::uint64_t outside = left_ & ~blocks_.Strings();
         const std::uint64_t open = (isSquare_ ? bits.openSquare : bits.openCurly) & outside;
         const std::uint64_t close = (isSquare_ ? bits.closeSquare : bits.closeCurly) & outside;
         const std::uint64_t zero = bits.zero & left_;
-        const auto closings = std::uint64_t{CountWord(close)};
-        if (zero == 0 && closings < depth) {
-            depth += CountWord(open) - closings;
-            continue;
-        }
         for (std::uint64_t all = open | close | zero; all; all &= all - 1) {
             const std::uint64_t bit = all & -all;
             if (bit & zero) return false;
