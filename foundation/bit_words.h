@@ -31,19 +31,27 @@ struct OrStep {
     }
 };
 
-/// Four registers at a time, then word by word.
+/// The first and the last register, and those between them from where `to` is aligned: words that
+/// two registers share are combined twice, which gives the same.
 template <class Registers, class Step>
 void CombineWords(Word* to, const Word* from, std::size_t count) noexcept {
-    constexpr std::size_t kWords = sizeof(typename Registers::Value) / sizeof(Word);
-    std::size_t i = 0;
-    for (; i + 4 * kWords <= count; i += 4 * kWords) {
-        for (std::size_t k = i; k < i + 4 * kWords; k += kWords) {
-            const auto combined =
-                Step::template Apply<Registers>(Registers::Load(to + k), Registers::Load(from + k));
-            Registers::Store(to + k, combined);
-        }
+    constexpr std::size_t kBytes = sizeof(typename Registers::Value);
+    constexpr std::size_t kWords = kBytes / sizeof(Word);
+    if (count < kWords) {
+        for (std::size_t i = 0; i < count; ++i) to[i] = Step::Apply(to[i], from[i]);
+        return;
     }
-    for (; i < count; ++i) to[i] = Step::Apply(to[i], from[i]);
+    const auto combine = [&](std::size_t i) noexcept {
+        Registers::Store(to + i, Step::template Apply<Registers>(Registers::Load(to + i),
+                                                                 Registers::Load(from + i)));
+    };
+    combine(0);
+    std::size_t i = (kBytes - reinterpret_cast<std::uintptr_t>(to) % kBytes) / sizeof(Word);
+    for (; i + 4 * kWords <= count; i += 4 * kWords) {
+        for (std::size_t k = 0; k < 4; ++k) combine(i + k * kWords);
+    }
+    for (; i + kWords <= count; i += kWords) combine(i);
+    combine(count - kWords);
 }
 
 }  // namespace
