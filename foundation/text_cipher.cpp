@@ -21,6 +21,17 @@ public:
     T value = {};
 };
 
+// Bytes that are wiped as far as they were used.
+constexpr std::uint32_t kShort = 256;
+struct Scratch {
+    explicit Scratch(std::uint32_t count) noexcept : used(count) { std::memset(bytes, 0, used); }
+    ~Scratch() { SecureZeroMemory(bytes, used); }
+    Scratch(const Scratch&) = delete;
+    Scratch& operator=(const Scratch&) = delete;
+    std::uint32_t used;
+    std::uint8_t bytes[2 * kBlock + kShort];
+};
+
 // The system takes pointers to what it only reads without const.
 PUCHAR Input(const void* bytes) noexcept {
     return const_cast<PUCHAR>(static_cast<const unsigned char*>(bytes));
@@ -191,25 +202,31 @@ Status TextCipher::Decrypt(const void* envelope, std::uint32_t length, void* out
     if (text && inOutSize < whole) return E_INVALIDARG;
 
     std::uint8_t vector[kBlock];
-    Wiped<std::uint8_t[kBlock]> stored;
-    Wiped<std::uint8_t[kBlock]> last;
-    Wiped<std::uint8_t[kBlock]> hash;
     std::memcpy(vector, input, kBlock);
-    bool isGood = DecryptBlocks(input + kBlock, kBlock, vector, stored.value) &&
-                  DecryptBody(input + kHead, whole, vector, text) &&
-                  DecryptBlocks(input + kHead + whole, kBlock, vector, last.value);
+    // The stored hash and the last block. A short text lies between them: one call for all, and one
+    // copy, cost less than three calls.
+    const bool isShort = whole <= kShort;
+    Scratch scratch(2 * kBlock + (isShort ? whole : 0));
+    std::uint8_t* const stored = scratch.bytes;
+    std::uint8_t* const last = scratch.bytes + scratch.used - kBlock;
+    bool isGood = isShort ? DecryptBlocks(input + kBlock, scratch.used, vector, stored)
+                          : DecryptBlocks(input + kBlock, kBlock, vector, stored) &&
+                                DecryptBody(input + kHead, whole, vector, text) &&
+                                DecryptBlocks(input + kHead + whole, kBlock, vector, last);
     // A wrong padding does not keep the hash from being made: both take the same time.
-    const std::uint32_t kept = kBlock - std::min<std::uint32_t>(last.value[kBlock - 1], kBlock);
+    const std::uint32_t kept = kBlock - std::min<std::uint32_t>(last[kBlock - 1], kBlock);
+    const std::uint32_t inScratch = scratch.used - 2 * kBlock + kept;
     const std::uint32_t size = whole + kept;
-    isGood = isGood && AddToDigest(last.value, kept) && FinishDigest(hash.value);
+    Wiped<std::uint8_t[kBlock]> hash;
+    isGood = isGood && AddToDigest(stored + kBlock, inScratch) && FinishDigest(hash.value);
     if (!isGood) digest_.Reset();  // It may hold a part of the text.
-    const bool isSame = AreSame(hash.value, stored.value);
-    isGood = (IsPadded(last.value) & isSame & isGood) != 0;
+    const bool isSame = AreSame(hash.value, stored);
+    isGood = (IsPadded(last) & isSame & isGood) != 0;
     if (!isGood || size == 0 || (text && inOutSize < size)) {
         if (text) SecureZeroMemory(text, whole);
         return E_INVALIDARG;
     }
-    if (text) std::memcpy(text + whole, last.value, kept);
+    if (text) std::memcpy(text + size - inScratch, stored + kBlock, inScratch);
     inOutSize = size;
     return kStatusOk;
 }
