@@ -18,10 +18,8 @@ struct SlotNote {
 };
 
 // Held during the end-of-thread calls too: a module whose code they are cannot go meanwhile.
-std::mutex& Lock() noexcept {
-    static auto& lock = *new std::mutex;
-    return lock;
-}
+// It needs no destructor, so it serves until the process has ended.
+constinit std::mutex notesLock;
 
 constinit SlotNote* firstNote = nullptr;
 
@@ -33,7 +31,7 @@ void RunAndDelete(SlotNote* note) noexcept {
 // The thread's note may have been ended with its slot while the thread came here, and its address
 // may be that of another thread's note by now.
 void EndThread(void* ended) noexcept {
-    const std::lock_guard guard(Lock());
+    const std::lock_guard guard(notesLock);
     for (SlotNote** link = &firstNote; *link; link = &(*link)->next) {
         if (*link != ended || (*link)->thread != ThisThread()) continue;
         SlotNote* const note = *link;
@@ -54,7 +52,7 @@ bool ThreadSlots::Create(AtEnd atEnd) noexcept {
 void ThreadSlots::Destroy() noexcept {
     if (!atEnd_) return;
     pthread_key_delete(key_);
-    const std::lock_guard guard(Lock());
+    const std::lock_guard guard(notesLock);
     for (SlotNote** link = &firstNote; *link;) {
         SlotNote* const note = *link;
         if (note->slot != this) {
@@ -69,7 +67,7 @@ void ThreadSlots::Destroy() noexcept {
 
 bool ThreadSlots::Note(void* value) noexcept {
     if (!atEnd_ || InjectFault("FlsSetValue")) return false;
-    const std::lock_guard guard(Lock());
+    const std::lock_guard guard(notesLock);
     auto* const note = new (std::nothrow) SlotNote{value, atEnd_, this, ThisThread(), firstNote};
     if (!note) return false;
     if (pthread_setspecific(key_, note) != 0) {

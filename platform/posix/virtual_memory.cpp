@@ -1,6 +1,9 @@
-#include <map>
+#include <iterator>
+#include <memory>
 #include <mutex>
+#include <new>
 #include <sys/mman.h>
+#include <utility>
 
 #include "platform/memory.h"
 #include "platform/posix/faults.h"
@@ -17,38 +20,52 @@ constexpr SIZE_T kHugePage = 0x200000;
 // table of addresses; one that holds less would mostly get memory that it does not touch.
 constexpr SIZE_T kEnoughForHugePages = 0x1000000;
 
+/// What was given out, by address. Whoever runs out of memory asks here, so nothing throws; and
+/// memory may be given back while the process ends, so nothing is destroyed.
 class Allocations {
 public:
-    /// \return how much there is in all.
-    SIZE_T Add(void* address, SIZE_T size) {
+    /// \param total  Gets how much there is in all. \return false if there is no memory to note it.
+    [[nodiscard]] bool Add(void* address, SIZE_T size, SIZE_T& total) noexcept {
+        auto* const note = new (std::nothrow) Note{address, size, nullptr};
+        if (!note) return false;
         const std::lock_guard guard(lock_);
-        sizes_.emplace(address, size);
+        Note*& first = ListOf(address);
+        note->next = std::exchange(first, note);
         total_ += size;
-        return total_;
+        total = total_;
+        return true;
     }
 
     /// Gives the size of what begins there and forgets it; 0 for nothing.
-    SIZE_T Remove(void* address) {
+    SIZE_T Remove(void* address) noexcept {
         const std::lock_guard guard(lock_);
-        const auto found = sizes_.find(address);
-        if (found == sizes_.end()) return 0;
-        const SIZE_T size = found->second;
-        sizes_.erase(found);
-        total_ -= size;
-        return size;
+        for (Note** link = &ListOf(address); *link; link = &(*link)->next) {
+            if ((*link)->address != address) continue;
+            const std::unique_ptr<Note> note(*link);
+            *link = note->next;
+            total_ -= note->size;
+            return note->size;
+        }
+        return 0;
     }
 
 private:
+    struct Note {
+        void* address;
+        SIZE_T size;
+        Note* next;
+    };
+
+    Note*& ListOf(void* address) noexcept {
+        return lists_[reinterpret_cast<UINT_PTR>(address) / kGranularity % std::size(lists_)];
+    }
+
     std::mutex lock_;
-    std::map<void*, SIZE_T> sizes_;
+    Note* lists_[1021] = {};  // A prime number: large blocks lie at even distances.
     SIZE_T total_ = 0;
 };
 
-Allocations& Known() {
-    // Never destroyed: memory may be given back while the process ends.
-    static auto& known = *new Allocations;
-    return known;
-}
+constinit Allocations allocations;
 
 /// Pages at a multiple of `alignment`: a larger stretch is taken and its ends given back.
 void* MapAligned(SIZE_T size, SIZE_T alignment) noexcept {
@@ -85,7 +102,12 @@ LPVOID VirtualAlloc(LPVOID address, SIZE_T size, DWORD type, DWORD protection) n
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
         return nullptr;
     }
-    const SIZE_T total = Known().Add(pages, size);
+    SIZE_T total = 0;
+    if (!allocations.Add(pages, size, total)) {
+        munmap(pages, size);
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return nullptr;
+    }
     if (size >= kHugePage && total >= kEnoughForHugePages) {
         (void)madvise(pages, size, MADV_HUGEPAGE);  // A wish; a system without them says no.
     }
@@ -94,7 +116,7 @@ LPVOID VirtualAlloc(LPVOID address, SIZE_T size, DWORD type, DWORD protection) n
 
 BOOL VirtualFree(LPVOID address, SIZE_T size, DWORD type) noexcept {
     if (size != 0 || type != MEM_RELEASE) return platform::Fail(ERROR_INVALID_PARAMETER);
-    const SIZE_T known = platform::Known().Remove(address);
+    const SIZE_T known = platform::allocations.Remove(address);
     if (known == 0) return platform::Fail(ERROR_INVALID_ADDRESS);
     munmap(address, known);
     return TRUE;
