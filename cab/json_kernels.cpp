@@ -3,7 +3,7 @@
 #include <cstring>
 #include <emmintrin.h>
 
-#include "cab/json_block_strip.h"
+#include "cab/json_block_loops.h"
 #include "foundation/system_facts.h"
 #include "platform/processor.h"
 

@@ -1,6 +1,6 @@
 #include <immintrin.h>
 
-#include "cab/json_block_strip.h"
+#include "cab/json_block_loops.h"
 
 namespace AUX::CAB {
 namespace {
