@@ -203,16 +203,21 @@ Status TextCipher::Decrypt(const void* envelope, std::uint32_t length, void* out
 
     std::uint8_t vector[kBlock];
     std::memcpy(vector, input, kBlock);
-    // The stored hash and the last block. A short text lies between them: one call for all, and one
-    // copy, cost less than three calls.
+    // The stored hash and the last block. A short text lies between them: its copy costs less than
+    // a call of its own. The hash has one in each case: some systems take a call whose vector is
+    // that of the call before for one that goes on, so that no envelope may be opened with one
+    // call.
     const bool isShort = whole <= kShort;
     Scratch scratch(2 * kBlock + (isShort ? whole : 0));
     std::uint8_t* const stored = scratch.bytes;
     std::uint8_t* const last = scratch.bytes + scratch.used - kBlock;
-    bool isGood = isShort ? DecryptBlocks(input + kBlock, scratch.used, vector, stored)
-                          : DecryptBlocks(input + kBlock, kBlock, vector, stored) &&
-                                DecryptBody(input + kHead, whole, vector, text) &&
-                                DecryptBlocks(input + kHead + whole, kBlock, vector, last);
+    bool isGood = DecryptBlocks(input + kBlock, kBlock, vector, stored);
+    if (isShort) {
+        isGood = isGood && DecryptBlocks(input + kHead, whole + kBlock, vector, stored + kBlock);
+    } else {
+        isGood = isGood && DecryptBody(input + kHead, whole, vector, text) &&
+                 DecryptBlocks(input + kHead + whole, kBlock, vector, last);
+    }
     // A wrong padding does not keep the hash from being made: both take the same time.
     const std::uint32_t kept = kBlock - std::min<std::uint32_t>(last[kBlock - 1], kBlock);
     const std::uint32_t inScratch = scratch.used - 2 * kBlock + kept;
