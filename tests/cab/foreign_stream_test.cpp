@@ -82,6 +82,53 @@ std::string Content(IStream& stream) {
     return content;
 }
 
+TEST(ComStream, IsTheStreamThatItWasMadeOf) {
+    const ComPtr<IStream> stream = Make("some bytes"), other = Make("");
+    const auto seek = [&](LONGLONG by, DWORD from) {
+        LARGE_INTEGER move;
+        move.QuadPart = by;
+        return stream->Seek(move, from, nullptr);
+    };
+    const auto bytes = [](ULONGLONG count) {
+        ULARGE_INTEGER value;
+        value.QuadPart = count;
+        return value;
+    };
+    EXPECT_EQ(seek(5, STREAM_SEEK_SET), S_OK);
+    ComPtr<IStream> clone;
+    ASSERT_EQ(stream->Clone(clone.Put()), S_OK);
+    ULARGE_INTEGER read = {}, written = {};
+    EXPECT_EQ(stream->CopyTo(other.Get(), bytes(3), &read, &written), S_OK);
+    EXPECT_TRUE(read.QuadPart == 3 && written.QuadPart == 3);
+    EXPECT_EQ(clone->CopyTo(other.Get(), bytes(~0ull), nullptr, nullptr), S_OK);
+    EXPECT_EQ(Content(*other.Get()), "bytbytes") << "the clone stands where the first one stood";
+    EXPECT_EQ(stream->CopyTo(nullptr, bytes(1), nullptr, nullptr), STG_E_INVALIDPOINTER);
+    // A target that takes less than it was given ends the copy, one that fails fails it.
+    const auto slow = platform::MakeObject<SlowStream>("");
+    EXPECT_EQ(seek(0, STREAM_SEEK_SET), S_OK);
+    EXPECT_EQ(stream->CopyTo(slow.Get(), bytes(9), &read, &written), S_OK);
+    EXPECT_TRUE(read.QuadPart == 9 && written.QuadPart == SlowStream::kMost);
+    const auto failing = platform::MakeObject<SlowStream>("");
+    failing->failing = 0;
+    EXPECT_EQ(seek(0, STREAM_SEEK_SET), S_OK);
+    EXPECT_EQ(stream->CopyTo(failing.Get(), bytes(9), nullptr, nullptr), E_ACCESSDENIED);
+
+    EXPECT_EQ(stream->SetSize(bytes(4)), S_OK);
+    EXPECT_EQ(Content(*stream.Get()), "some");
+    STATSTG facts;
+    EXPECT_EQ(stream->Stat(&facts, 1), S_OK);
+    EXPECT_TRUE(facts.cbSize.QuadPart == 4 && facts.type == STGTY_STREAM);
+    EXPECT_EQ(facts.grfMode, static_cast<DWORD>(STGM_READWRITE));
+    EXPECT_TRUE(SUCCEEDED(stream->Commit(0)) && SUCCEEDED(stream->Revert()));
+    EXPECT_EQ(seek(-1, STREAM_SEEK_SET), STG_E_INVALIDFUNCTION);
+    EXPECT_EQ(seek(0, 3), STG_E_INVALIDFUNCTION);
+    EXPECT_EQ(stream->LockRegion(bytes(0), bytes(1), 0), STG_E_INVALIDFUNCTION);
+    EXPECT_EQ(stream->UnlockRegion(bytes(0), bytes(1), 0), STG_E_INVALIDFUNCTION);
+    EXPECT_EQ(stream->Stat(nullptr, 0), STG_E_INVALIDPOINTER);
+    EXPECT_EQ(stream->Clone(nullptr), STG_E_INVALIDPOINTER);
+    EXPECT_FALSE(CAB::MakeComStream(nullptr));
+}
+
 // Random operations on two clones do what the same ones do on a text.
 TEST(ForeignStream, IsTheClientsStream) {
     constexpr unsigned kSeed = 3;

@@ -92,6 +92,49 @@ TEST(Items, ShapesATemplatedBag) {
     EXPECT_TRUE(bag->Rebuild());
 }
 
+TEST(Items, TakeADeclarationThatComesLater) {
+    const ItemSpec numbers[] = {Leaf(nullptr, Kind::Int), {}};
+    const ItemSpec loose = Branch(nullptr, Kind::Dictionary, numbers, 1, SpecLoose);
+    const ItemSpec list = Branch(nullptr, Kind::Array, numbers, 1);
+    const Bag bag = MakeBag();
+    DataItem& root = *bag->GetRootItem();
+    // What the declaration does not let be goes, the rest becomes of its kind.
+    for (const auto& [place, spec] : {std::pair(TEXT("keys"), &loose), {TEXT("list"), &list}}) {
+        const bool isList = spec == &list;
+        const auto at = [&](const WCHAR* name, Kind kind) {
+            WString path;
+            EXPECT_TRUE(path.Assign(place) && path.Append(name));
+            return MakePath(root, path, kind);
+        };
+        const double half = 2.5, two = 2;
+        EXPECT_TRUE(SetInt(at(isList ? TEXT("[0]") : TEXT(".a"), Kind::Int), 1));
+        EXPECT_TRUE(at(isList ? TEXT("[1]") : TEXT(".b"), Kind::Double)->SetDouble(&two, 0));
+        EXPECT_TRUE(at(isList ? TEXT("[2]") : TEXT(".c"), Kind::Double)->SetDouble(&half, 0));
+        EXPECT_TRUE(at(isList ? TEXT("[3]") : TEXT(".d"), Kind::Array));
+        DataItem& shaped = *FindPath(root, place);
+        const std::uint32_t count = bag->GetChangeCount();
+        EXPECT_TRUE(shaped.SetSpec(spec));
+        EXPECT_GT(bag->GetChangeCount(), count);
+        DataContainer& content = *shaped.AsContainer();
+        ASSERT_GE(content.GetCount(), 2u);
+        EXPECT_EQ(IntOf(content.ItemAt(0)), 1);
+        EXPECT_EQ(IntOf(content.ItemAt(1)), 2);
+        for (std::uint32_t i = 0; i < content.GetCount(); ++i) {
+            EXPECT_EQ(content.ItemAt(i)->GetType(), Kind::Int);
+        }
+        EXPECT_TRUE(shaped.GetFlags() & ItemChildrenRemoved);
+        shaped.SetTransientAll(true);
+        EXPECT_TRUE(content.ItemAt(1)->GetFlags() & ItemTransient);
+        content.Clear();
+        EXPECT_EQ(content.GetCount(), 0u);
+    }
+    DataDictionary& keys = *FindPath(root, TEXT("keys"))->AsDictionary();
+    EXPECT_FALSE(keys.ResetKey(TEXT("a"), -1)) << "there is none";
+    EXPECT_TRUE(SetInt(keys.GetOrAdd(TEXT("a"), -1, Kind::Int), 7));
+    EXPECT_TRUE(keys.ResetKey(TEXT("a"), -1));
+    EXPECT_EQ(IntOf(keys.Find(TEXT("a"))), 0);
+}
+
 TEST(Items, RespectsTheFlagsOfChildren) {
     const Bag bag = MakeBag();
     DataItem& root = *bag->GetRootItem();

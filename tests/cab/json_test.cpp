@@ -43,6 +43,14 @@ std::vector<const JsonKernels*> UsableKernels() {
     return usable;
 }
 
+/// What a container's text is written as before it was read.
+Text Unread(const Text& source) {
+    Text stripped = Strip(source);
+    (void)TakeComments(stripped);
+    std::replace(stripped.begin(), stripped.end(), WCHAR{1}, WCHAR{'"'});
+    return stripped;
+}
+
 TEST(Json, ReadsTextsAsTheTableSays) {
     const auto rows = test_support::ReadCases(CAB_CASES "json_texts.tsv", 3);
     EXPECT_GT(rows.size(), 150u);
@@ -52,10 +60,7 @@ TEST(Json, ReadsTextsAsTheTableSays) {
         EXPECT_EQ(Expected(source), row[2]) << "the reference";
         const JsonHandle root = Parse(source);
         if (root->IsContainer()) {
-            Text stripped = Strip(source);
-            (void)TakeComments(stripped);
-            for (WCHAR& unit : stripped) unit = unit == 1 ? WCHAR{'"'} : unit;
-            EXPECT_EQ(Write(*root), stripped) << "unread";
+            EXPECT_EQ(Write(*root), Unread(source)) << "unread";
         }
         ASSERT_EQ(ToUtf8(Show(*root)), ToUtf8(row[2]));
         if (row[0] != TEXT("=")) continue;
@@ -93,9 +98,30 @@ TEST(Json, ReadsAnyTextAsTheReferenceDoes) {
         text += ']';
         const Text expected = Expected(text);
         const JsonHandle root = Parse(text);
-        ASSERT_EQ(ToUtf8(Show(*root)), ToUtf8(expected)) << "seed " << seed << ": " << ToUtf8(text);
+        SCOPED_TRACE("seed " + std::to_string(seed) + ": " + ToUtf8(text));
+        if (root->IsContainer()) {
+            ASSERT_EQ(ToUtf8(Write(*root)), ToUtf8(Unread(text)));
+        }
+        ASSERT_EQ(ToUtf8(Show(*root)), ToUtf8(expected));
     }
     chosenJsonKernels = nullptr;
+}
+
+TEST(Json, EncodesAtEachPlaceOfATextOfEachLength) {
+    for (std::size_t length = 1; length <= 40; ++length) {
+        for (std::size_t place = 0; place < length; ++place) {
+            Text text(length, TEXT('x'));
+            text[place] = 0x3042;
+            text[length - 1 - place] = TEXT('"');
+            Text expected = TEXT("\"");
+            for (const WCHAR unit : text) {
+                expected += unit == 'x' ? TEXT("x") : unit == '"' ? TEXT("\\\"") : TEXT("\\u3042");
+            }
+            JsonHandle node = NewNode(JsonType::Null);
+            SetNodeString(node, {text.data(), text.size()});
+            ASSERT_EQ(ToUtf8(Write(*node)), ToUtf8(expected + TEXT("\"")));
+        }
+    }
 }
 
 TEST(Json, WritesBothForms) {

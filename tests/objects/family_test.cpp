@@ -1,4 +1,5 @@
 #include <cmath>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -7,10 +8,12 @@
 #include "objects/paper_table.h"
 #include "objects/root_object.h"
 #include "objects/value_objects.h"
+#include "platform/testing.h"
 #include "platform/unique_bstr.h"
 #include "tests/objects/host_objects.h"
 #include "tests/support/com_rules.h"
 #include "tests/support/fail_each_allocation.h"
+#include "tests/support/test_profile.h"
 
 namespace {
 
@@ -398,6 +401,54 @@ TEST_F(FamilyTest, TellsStatusesAndPapersApart) {
     EXPECT_EQ(root_.GetStandardPaper(50, &group, nullptr, nullptr), E_INVALIDARG);
     EXPECT_EQ(root_.GetDefaultPaper(&key), S_OK);
     EXPECT_TRUE(key == 3 || key == 4 || key == 11 || key == 18) << key;
+}
+
+TEST_F(FamilyTest, GivesMemoryThatItTakesBack) {
+    void* block = &root_;
+    for (const LONGLONG size : {0, -1}) {
+        EXPECT_EQ(root_.Alloc(size, &block), E_INVALIDARG);
+        EXPECT_EQ(block, nullptr);
+    }
+    EXPECT_EQ(root_.Alloc(1, nullptr), E_POINTER);
+    EXPECT_EQ(root_.Alloc(INT64_MAX, &block), E_OUTOFMEMORY);
+    ASSERT_EQ(root_.Alloc(4, &block), S_OK);
+    std::memcpy(block, "abc", 4);
+    void* larger = nullptr;
+    ASSERT_EQ(root_.Resize(block, 5000, &larger), S_OK);
+    EXPECT_STREQ(static_cast<const char*>(larger), "abc");
+    for (const auto& [size, result] :
+         {std::pair(LONGLONG{-1}, E_INVALIDARG), {INT64_MAX, E_OUTOFMEMORY}}) {
+        block = nullptr;
+        EXPECT_EQ(root_.Resize(larger, size, &block), result);
+        EXPECT_EQ(block, larger) << "still the caller's";
+    }
+    EXPECT_EQ(root_.Resize(larger, 1, nullptr), E_POINTER);
+    EXPECT_EQ(root_.Free(larger), S_OK);
+    EXPECT_EQ(root_.Free(nullptr), E_INVALIDARG);
+}
+
+TEST_F(FamilyTest, RevealsFilesInTheirFolder) {
+    const test_support::TestProfile profile;
+    const platform::WideString file = profile.Path(TEXT("a"));
+    ASSERT_TRUE(test_support::WriteWholeFile(file, "x"));
+    const auto reveal = [&](std::initializer_list<platform::WideString> texts, bool isRelative) {
+        const auto names = MakeObject<StringArrayObject>();
+        for (const platform::WideString& text : texts) {
+            EXPECT_EQ(names->Insert(UniqueBstr(SysAllocString(text.c_str())).Get(), 99), S_OK);
+        }
+        const platform::testing::ShellRecorder recorder;
+        const HRESULT result = root_.RevealItems(names.Get(), ToVariantBool(isRelative));
+        EXPECT_EQ(recorder.Requests().size(), SUCCEEDED(result) ? 1u : 0u);
+        for (const auto& request : recorder.Requests()) {
+            EXPECT_EQ(request.items, std::vector<platform::WideString>{file});
+        }
+        return result;
+    };
+    EXPECT_EQ(reveal({file}, false), S_OK);
+    EXPECT_EQ(reveal({profile.Folder(), TEXT("a")}, true), S_OK) << "the folder comes first";
+    EXPECT_EQ(reveal({}, false), E_INVALIDARG);
+    EXPECT_EQ(reveal({}, true), E_INVALIDARG);
+    EXPECT_EQ(root_.RevealItems(nullptr, VARIANT_FALSE), E_INVALIDARG);
 }
 
 TEST_F(FamilyTest, CiphersTakeBackWhatTheyMade) {
