@@ -206,6 +206,50 @@ TEST(BagFaces, AreMadeInTheShapeOfTemplates) {
     }
 }
 
+TEST(BagFaces, GiveClientsOfTheTableWhatLiesInMemory) {
+    const ComPtr<IBag> bag = NewBag();
+    const ComPtr<IBagItem> root = RootOf(*bag.Get());
+    void* raw = bag.Get();
+    EXPECT_EQ(root->GetOrAddRaw(Words(TEXT("a.b")).Get(), kInt, nullptr), E_POINTER);
+    ASSERT_EQ(root->GetOrAddRaw(Words(TEXT("a.b")).Get(), kInt, &raw), S_OK);
+    const std::int32_t number = 5;
+    EXPECT_TRUE(static_cast<CAB::DataItem*>(raw)->SetInt(&number, 0));
+    EXPECT_EQ(JsonOf(*bag.Get()), R"({"a":{"b":5}})");
+    EXPECT_EQ(root->GetOrAddRaw(Words(TEXT("a.b.c")).Get(), kInt, &raw), E_INVALIDARG);
+    EXPECT_EQ(raw, nullptr);
+
+    UniqueVariant value;
+    EXPECT_EQ(root->GetValue(value.Put()), S_OK);
+    EXPECT_EQ(value.Get().vt, VT_DISPATCH);
+    EXPECT_EQ(ComPtr<IUnknown>(value.Get().pdispVal).Get(), root.As<IUnknown>().Get())
+        << "a container is its own value";
+
+    LPCWSTR text = TEXT("before");
+    ComPtr<IBagItem> item;
+    EXPECT_EQ(root->GetStringPointer(&text), E_INVALIDARG);
+    EXPECT_EQ(text, nullptr);
+    ASSERT_EQ(root->SetStringAt(TEXT("s"), UniqueBstr(SysAllocString(TEXT("own"))).Get()), S_OK);
+    ASSERT_EQ(root->Item(Words(TEXT("s")).Get(), item.Put()), S_OK);
+    ASSERT_EQ(item->GetStringPointer(&text), S_OK);
+    EXPECT_EQ(platform::WideView(text), platform::WideView(TEXT("own")));
+    EXPECT_EQ(item->GetStringPointer(nullptr), E_POINTER);
+
+    const auto size = static_cast<LONG>(std::char_traits<char>::length(kTemplates));
+    const ComPtr<IBag> shaped = NewBag(), second = NewBag();
+    const ComPtr<IBagItem> shape = RootOf(*shaped.Get()), other = RootOf(*second.Get());
+    EXPECT_EQ(shape->SetTemplateFromBuffer(nullptr, size, nullptr), E_INVALIDARG);
+    EXPECT_EQ(shape->SetTemplateFromBuffer(kTemplates, 0, nullptr), E_INVALIDARG);
+    EXPECT_EQ(shape->SetTemplateFromBuffer(kTemplates, size, TEXT("No")), E_INVALIDARG);
+    ASSERT_EQ(shape->SetTemplateFromBuffer(kTemplates, size, TEXT("Shape")), S_OK);
+    EXPECT_EQ(JsonOf(*shaped.Get()), R"({"width":210})");
+    // The declaration outlives the bag that it came with.
+    ASSERT_EQ(other->CopySpec(shape.Get()), S_OK);
+    EXPECT_EQ(shape->SetTemplateFromBuffer(kTemplates, size, TEXT("Other")), S_OK);
+    EXPECT_EQ(JsonOf(*shaped.Get()), R"({"depth":3})");
+    EXPECT_EQ(JsonOf(*second.Get()), R"({"width":210})");
+    EXPECT_EQ(other->SetIntAt(TEXT("none"), 1), E_INVALIDARG);
+}
+
 TEST(BagFaces, ShareAndLendTheLockOfTheBag) {
     const ComPtr<IBag> bag = NewBag();
     ComPtr<IBagLocker> lender = bag.As<IBagLocker>();

@@ -310,6 +310,13 @@ TEST_F(RegistryTest, NamesEachValueOnceAlsoWhileTheyChange) {
         if (status == ERROR_NO_MORE_ITEMS) return std::string("no more");
         return status == ERROR_SUCCESS ? ToUtf8(name) : std::to_string(status);
     };
+    DWORD values = 0, longestName = 0, longestData = 0;
+    EXPECT_EQ(RegQueryInfoKeyW(root_.Get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                               &values, &longestName, &longestData, nullptr, nullptr),
+              ERROR_SUCCESS);
+    EXPECT_EQ(values, kValues);
+    EXPECT_EQ(longestName, std::size("value 299") - 1);
+    EXPECT_EQ(longestData, (kValues - 1) * 20);
     std::vector<std::string> names;
     for (DWORD i = 0; i < kValues; ++i) {
         names.push_back(nameAt(i, kValues * 20));
