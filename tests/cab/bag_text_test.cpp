@@ -5,6 +5,8 @@
 #include <random>
 
 #include "cab/data_stream.h"
+#include "cab/registry_load.h"
+#include "cab/registry_save.h"
 #include "foundation/mem_stream.h"
 #include "foundation/temp_mapped_file_stream.h"
 #include "platform/text.h"
@@ -133,7 +135,12 @@ TEST(BagText, WritesAnyStreamAndLeavesItsPosition) {
     ASSERT_EQ(file->Seek(AUX::SeekMode::Start, 2), AUX::kStatusOk);
     ASSERT_TRUE(item->SetStream(file.release(), true));
     EXPECT_EQ(TextOf(*bag), "{\"s\":{\".type\":\"stream\",\".value\":\"AAH\\/\"}}");
+    constexpr const WCHAR* kKey = TEXT("HKCU\\Software\\Quvada bag");
+    EXPECT_EQ(SaveToRegistry(*bag->GetRootItem(), nullptr, kKey, false, false), S_OK);
     EXPECT_EQ(item->GetStream()->GetPosition(), 2);
+    const Bag loaded = MakeBag();
+    EXPECT_EQ(LoadFromRegistry(*loaded->GetRootItem(), nullptr, kKey), S_OK);
+    EXPECT_TRUE(loaded->GetRootItem()->Equals(bag->GetRootItem(), 0));
 }
 
 class RandomBag {
