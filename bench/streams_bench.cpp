@@ -22,7 +22,8 @@ namespace {
 
 using bench::RatioTable;
 
-constexpr std::int64_t kTotal = 1 << 20;  ///< Bytes moved in one iteration.
+constexpr std::int64_t kTotal = 1 << 20;    ///< Bytes moved in one iteration.
+constexpr std::int64_t kHalf = kTotal / 2;  ///< What grows no larger stays in the process's heap.
 constexpr std::size_t kLargest = 4096;
 
 /// Where bytes come from or go to. Half a page off the places where blocks begin: a processor
@@ -43,7 +44,7 @@ std::int64_t Unknown(std::int64_t length) {
     return length;
 }
 
-template <std::int64_t length>
+template <std::int64_t length, std::int64_t total>
 void WriteStream(benchmark::State& state) {
     Buffer buffer;
     const char* const bytes = buffer.As<const char>();
@@ -51,7 +52,7 @@ void WriteStream(benchmark::State& state) {
     for (auto _ : state) {
         AUX::DynMemStream stream;
         if (stream.Open(0, -2)) return state.SkipWithError("cannot open");
-        for (std::int64_t done = 0; done < kTotal; done += length) {
+        for (std::int64_t done = 0; done < total; done += length) {
             std::int64_t count = 0;
             if (stream.Write(bytes, unknown, count)) return state.SkipWithError("cannot write");
         }
@@ -59,14 +60,14 @@ void WriteStream(benchmark::State& state) {
         benchmark::ClobberMemory();
     }
 }
-template <std::int64_t length>
+template <std::int64_t length, std::int64_t total>
 void WriteVector(benchmark::State& state) {
     Buffer buffer;
     const std::byte* const bytes = buffer.As<const std::byte>();
     const std::int64_t unknown = Unknown(length);
     for (auto _ : state) {
         std::vector<std::byte> vector;
-        for (std::int64_t done = 0; done < kTotal; done += length) {
+        for (std::int64_t done = 0; done < total; done += length) {
             vector.insert(vector.end(), bytes, bytes + unknown);
         }
         benchmark::DoNotOptimize(vector.data());
@@ -228,8 +229,10 @@ struct Comparison {
     double aim;
 };
 constexpr Comparison kComparisons[] = {
-    {"write_8", WriteStream<8>, "vector", WriteVector<8>, 1 / 1.2},
-    {"write_4096", WriteStream<4096>, "vector", WriteVector<4096>, 1 / 2.0},
+    {"write_8", WriteStream<8, kHalf>, "vector", WriteVector<8, kHalf>, 1 / 1.2},
+    {"write_8_1M", WriteStream<8, kTotal>, "vector", WriteVector<8, kTotal>, 1 / 1.2},
+    {"write_4096", WriteStream<4096, kHalf>, "vector", WriteVector<4096, kHalf>, 1 / 2.0},
+    {"write_4096_1M", WriteStream<4096, kTotal>, "vector", WriteVector<4096, kTotal>, 1 / 2.0},
     {"read_8", ReadStream<8>, "vector", ReadVector<8>, 1 / 1.2},
     {"read_4096", ReadStream<4096>, "vector", ReadVector<4096>, 1 / 2.0},
     {"file_read_4096", FileByStream<Direction::Read>, "pread", FileByCall<Direction::Read>, 1.05},
