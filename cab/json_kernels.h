@@ -74,9 +74,9 @@ struct JsonKernels {
 };
 
 extern const JsonKernels kSse2JsonKernels;
-/// Needs AVX2.
+/// Needs AVX2, and POPCNT, which each processor with AVX2 has.
 extern const JsonKernels kAvx2JsonKernels;
-/// Needs AVX-512 with BW and VBMI2.
+/// Needs what platform::HasAvx512Compress asks for.
 extern const JsonKernels kAvx512JsonKernels;
 
 /// What FastestJsonKernels has chosen; null before its first call.
